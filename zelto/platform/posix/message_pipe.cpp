@@ -1,0 +1,1 @@
+#include "zelto/platform/message_pipe.h"
