@@ -1,0 +1,27 @@
+# Run by CTest: install, configure the consumer, build it, run it beside nothing but what was installed.
+set(prefix "${WORK}/prefix")
+set(build "${WORK}/build")
+file(REMOVE_RECURSE "${prefix}" "${build}")
+
+function(step)
+  execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "${ARGV}\n${output}")
+  endif()
+endfunction()
+
+step(${CMAKE_COMMAND} --install "${BUILD}" --prefix "${prefix}")
+set(options -G Ninja "-DCMAKE_PREFIX_PATH=${prefix}" -DCMAKE_BUILD_TYPE=Release "-DCMAKE_CXX_FLAGS=${FLAGS}")
+if(TOOLCHAIN)
+  list(APPEND options "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}"
+       "-DCMAKE_RUNTIME_OUTPUT_DIRECTORY=${prefix}/bin")
+else()
+  list(APPEND options "-DCMAKE_CXX_COMPILER=${COMPILER}")
+endif()
+step(${CMAKE_COMMAND} -S "${SOURCE}" -B "${build}" ${options})
+step(${CMAKE_COMMAND} --build "${build}")
+if(TOOLCHAIN)
+  step(${EMULATOR} "${prefix}/bin/consumer${SUFFIX}")
+else()
+  step("${build}/consumer")
+endif()
