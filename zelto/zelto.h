@@ -6,4 +6,5 @@
 #include <zelto/platform/errors.h>
 #include <zelto/platform/events.h>
 #include <zelto/platform/message_pipe.h>
+#include <zelto/platform/process.h>
 #include <zelto/platform/shared_handle.h>
