@@ -8,3 +8,14 @@
 #include <zelto/platform/message_pipe.h>
 #include <zelto/platform/process.h>
 #include <zelto/platform/shared_handle.h>
+#include <zelto/text/exceptions/closed_connection_exception.h>
+#include <zelto/text/exceptions/conversion_encoding.h>
+#include <zelto/text/exceptions/conversion_exception.h>
+#include <zelto/text/exceptions/data_exceptions.h>
+#include <zelto/text/exceptions/file_system_exception.h>
+#include <zelto/text/exceptions/hresult_exception.h>
+#include <zelto/text/exceptions/rsa_error.h>
+#include <zelto/text/exceptions/system_error_category.h>
+#include <zelto/text/exceptions/wide_filesystem_error.h>
+#include <zelto/text/exceptions/win32_exception.h>
+#include <zelto/text/string_utilities.h>
