@@ -28,6 +28,7 @@ inline constexpr ErrorCode kNoData = 232;               // ERROR_NO_DATA: the pi
 inline constexpr ErrorCode kPipeNotConnected = 233;     // ERROR_PIPE_NOT_CONNECTED
 inline constexpr ErrorCode kMoreData = 234;             // ERROR_MORE_DATA
 inline constexpr ErrorCode kPipeConnected = 535;        // ERROR_PIPE_CONNECTED
+inline constexpr ErrorCode kPipeListening = 536;        // ERROR_PIPE_LISTENING: an instance without a client
 inline constexpr ErrorCode kOperationAborted = 995;     // ERROR_OPERATION_ABORTED
 inline constexpr ErrorCode kIoIncomplete = 996;         // ERROR_IO_INCOMPLETE
 inline constexpr ErrorCode kIoPending = 997;            // ERROR_IO_PENDING

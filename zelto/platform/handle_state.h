@@ -7,6 +7,8 @@
 
 namespace Zelto::Platform {
 
+class PipeEnd;
+
 /// One owned operating-system handle; a body's own kinds close it when they are destroyed.
 class HandleState {
  public:
@@ -17,6 +19,9 @@ class HandleState {
 
   /// A `HANDLE` on Windows, a file descriptor cast to a pointer on Linux.
   virtual void* Native() const noexcept = 0;
+
+  /// Linux: what a message pipe's end keeps beside its descriptor; null when this is none. Windows: always null.
+  virtual PipeEnd* Pipe() noexcept { return nullptr; }
 };
 
 /// Owns a plain handle. Each body has its own. @throws std::bad_alloc after closing the handle

@@ -52,16 +52,17 @@ ZELTO_API ErrorCode OpenPipe(const std::wstring& name, Utilities::SharedHandle& 
 /// handle.
 ZELTO_API ErrorCode SetMessageReadMode(const Utilities::SharedHandle& pipe) noexcept;
 
-/// Waits until the pipe has a free instance. Windows: `WaitNamedPipeW`. Linux: retries on a timer, without connecting.
+/// Waits until the pipe has a free instance. Windows: `WaitNamedPipeW`. Linux: whether there is room shows only by
+/// connecting, so this looks for the pipe and holds the caller off for at most 20 ms.
 ///
-/// @return 0, `kTimeout`, or `kFileNotFound`
+/// @return 0 (Linux: worth another try), `kTimeout`, `kFileNotFound` or `kInvalidName`
 ZELTO_API ErrorCode WaitForFreePipe(const std::wstring& name, std::uint32_t timeout_ms) noexcept;
 
 /// Ends the server's side of a connection: pending and later operations of both ends fail, and what the client has
 /// not read is lost (Windows; on Linux it can still read it). The instance can serve another client afterwards.
 ///
 /// May be called while operations of other threads are under way. Windows: `DisconnectNamedPipe`. Linux: `shutdown`.
-/// @return 0, or `kInvalidHandle`
+/// @return 0; `kPipeNotConnected` or `kPipeListening` without a connection; otherwise the error (`kInvalidHandle`)
 ZELTO_API ErrorCode DisconnectPipe(const Utilities::SharedHandle& pipe) noexcept;
 
 /// How many instances a server should keep listening so that a burst of clients finds room.

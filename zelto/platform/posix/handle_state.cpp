@@ -1,23 +1,38 @@
 #include "zelto/platform/handle_state.h"
 
 #include "zelto/platform/posix/descriptor.h"
+#include "zelto/platform/posix/pipe_end.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <utility>
 
 namespace Zelto::Platform {
 namespace {
 
-class Descriptor final : public HandleState {
+// A descriptor that a caller handed over. It becomes a pipe's end when an operation asks for one.
+class AdoptedDescriptor final : public HandleState {
  public:
-  explicit Descriptor(int descriptor) noexcept : descriptor_(descriptor) {}
-  ~Descriptor() override { ::close(descriptor_); }
-  void* Native() const noexcept override { return HandleFromDescriptor(descriptor_); }
+  explicit AdoptedDescriptor(int descriptor) noexcept : descriptor_(descriptor) {}
+  void* Native() const noexcept override { return HandleFromDescriptor(descriptor_.Get()); }
+
+  PipeEnd* Pipe() noexcept override {
+    const std::lock_guard<std::mutex> guard(lock_);
+    if (!end_ && PipeEnd::CanAdopt(descriptor_.Get())) {
+      end_.reset(new (std::nothrow) PipeEnd(descriptor_.Get()));
+    }
+    return end_.get();
+  }
 
  private:
-  int descriptor_;
+  UniqueDescriptor descriptor_;
+  std::mutex lock_;
+  std::unique_ptr<PipeEnd> end_;
 };
 
 }  // namespace
@@ -33,14 +48,20 @@ int AvoidStandardStreams(int descriptor) noexcept {
   return moved;
 }
 
-std::shared_ptr<HandleState> AdoptHandle(void* handle) {
-  const int descriptor = DescriptorFromHandle(handle);
-  try {
-    return std::make_shared<Descriptor>(descriptor);
-  } catch (...) {
-    ::close(descriptor);
-    throw;
+void UniqueDescriptor::Reset(int descriptor) noexcept {
+  const int old = std::exchange(descriptor_, descriptor);
+  if (old >= 0) {
+    const int error = errno;
+    ::close(old);
+    errno = error;
   }
+}
+
+std::shared_ptr<HandleState> AdoptHandle(void* handle) {
+  UniqueDescriptor owner(DescriptorFromHandle(handle));
+  auto state = std::make_shared<AdoptedDescriptor>(owner.Get());
+  owner.Release();
+  return state;
 }
 
 }  // namespace Zelto::Platform

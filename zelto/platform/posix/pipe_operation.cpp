@@ -1,0 +1,181 @@
+#include "zelto/platform/message_pipe.h"
+#include "zelto/platform/posix/deadline.h"
+#include "zelto/platform/posix/descriptor.h"
+#include "zelto/platform/posix/pipe_end.h"
+
+#include <poll.h>
+
+#include <array>
+#include <cerrno>
+#include <utility>
+
+namespace Zelto::Platform {
+
+using Utilities::SharedHandle;
+
+namespace {
+
+// A pending write is tried again after this time even if the system does not say that there is room: it says so only
+// when most of the queue is free, and says nothing to a write that waits for another one to go first.
+constexpr std::uint32_t kWriteRetryMs = 5;
+
+}  // namespace
+
+// What the operation does on its end. The result of an attempt is `kIoPending` as long as it must go on.
+struct PipeOperation::Access {
+  static PipeEnd* End(const PipeOperation& operation) noexcept {
+    return operation.pipe_ ? operation.pipe_.State()->Pipe() : nullptr;
+  }
+
+  static ErrorCode Begin(PipeOperation& operation, Kind kind, const void* buffer, std::uint32_t size) noexcept {
+    operation.kind_ = kind;
+    operation.buffer_ = const_cast<void*>(buffer);
+    operation.size_ = size;
+    operation.transferred_ = 0;
+    operation.pending_ = false;
+    PipeEnd* end = End(operation);
+    ErrorCode result = kInvalidHandle;
+    if (end != nullptr && kind == Kind::Connect) {
+      result = end->Accept();
+    } else if (end != nullptr && kind == Kind::Read) {
+      result = end->ReadAtHand(operation.buffer_, size, operation.transferred_);
+    } else if (end != nullptr) {
+      result = end->BeginWrite(&operation, buffer, size);
+    }
+    return Settle(operation, result);
+  }
+
+  // Tries to bring a pending operation to its end.
+  static ErrorCode Attempt(PipeOperation& operation) noexcept {
+    PipeEnd& end = *End(operation);
+    switch (operation.kind_) {
+      case Kind::Connect:
+        return Settle(operation, end.Accept());
+      case Kind::Read:
+        return Settle(operation, end.Read(operation.buffer_, operation.size_, operation.transferred_));
+      default:
+        return Settle(operation, end.ContinueWrite(&operation, operation.buffer_, operation.size_));
+    }
+  }
+
+  static ErrorCode Settle(PipeOperation& operation, ErrorCode result) noexcept {
+    operation.pending_ = result == kIoPending;
+    operation.result_ = result;
+    if (operation.kind_ == Kind::Write && result == kSuccess) {
+      operation.transferred_ = operation.size_;
+    }
+    return result;
+  }
+
+  // What to wait for, on behalf of a pending operation.
+  static pollfd Poll(const PipeOperation& operation, bool writes_rest) noexcept {
+    PipeEnd& end = *End(operation);
+    if (operation.kind_ != Kind::Write) {
+      return pollfd{end.Descriptor(), POLLIN, 0};
+    }
+    return pollfd{!writes_rest && end.IsNextWrite(&operation) ? end.Descriptor() : -1, POLLOUT, 0};
+  }
+
+  static bool IsWrite(const PipeOperation& operation) noexcept { return operation.kind_ == Kind::Write; }
+};
+
+PipeOperation::PipeOperation(SharedHandle pipe, SharedHandle& event, OverlappedRecord& record) noexcept
+    : pipe_(std::move(pipe)), event_(event), record_(record) {}
+
+PipeOperation::~PipeOperation() {
+  Cancel();
+}
+
+ErrorCode PipeOperation::BeginConnect() noexcept {
+  return Access::Begin(*this, Kind::Connect, nullptr, 0);
+}
+
+ErrorCode PipeOperation::BeginRead(void* buffer, std::uint32_t size) noexcept {
+  return Access::Begin(*this, Kind::Read, buffer, size);
+}
+
+ErrorCode PipeOperation::BeginWrite(const void* data, std::uint32_t size) noexcept {
+  return Access::Begin(*this, Kind::Write, data, size);
+}
+
+ErrorCode PipeOperation::Finish(std::uint32_t& transferred) noexcept {
+  if (pending_ && Access::Attempt(*this) == kIoPending) {
+    return kIoIncomplete;
+  }
+  transferred = transferred_;
+  return result_ == kPipeConnected ? kSuccess : result_;
+}
+
+ErrorCode PipeOperation::Cancel() noexcept {
+  if (!pending_) {
+    return kNotFound;
+  }
+  if (kind_ == Kind::Write) {
+    Access::End(*this)->CancelWrite(this);
+  }
+  Access::Settle(*this, kOperationAborted);
+  return kSuccess;
+}
+
+std::uint32_t WaitForAny(std::span<const Waitable> things, std::uint32_t timeout_ms) noexcept {
+  using Access = PipeOperation::Access;
+  std::array<pollfd, kMaximumWaitObjects> polls;
+  if (things.empty() || things.size() > polls.size()) {
+    SetLastErrorCode(kInvalidParameter);
+    return kWaitFailed;
+  }
+  const Deadline deadline(timeout_ms);
+  bool writes_rest = false;
+  while (true) {
+    bool settled = false;
+    bool writing = false;
+    for (std::size_t i = 0; i < things.size(); ++i) {
+      const PipeOperation* operation = things[i].Operation();
+      if (operation == nullptr) {
+        if (!*things[i].Event()) {
+          SetLastErrorCode(kInvalidHandle);
+          return kWaitFailed;
+        }
+        polls[i] = pollfd{DescriptorFromHandle(things[i].Event()->Get()), POLLIN, 0};
+      } else if (operation->IsPending()) {
+        polls[i] = Access::Poll(*operation, writes_rest);
+        writing = writing || Access::IsWrite(*operation);
+      } else {
+        polls[i] = pollfd{-1, 0, 0};
+        settled = true;
+      }
+    }
+    timespec left{};
+    const std::uint32_t longest = settled ? 0 : (writing ? kWriteRetryMs : kInfinite);
+    const int ready = ::ppoll(polls.data(), things.size(), deadline.Remaining(left, longest), nullptr);
+    if (ready < 0 && errno != EINTR) {
+      return kWaitFailed;
+    }
+    writes_rest = false;
+    for (std::size_t i = 0; i < things.size(); ++i) {
+      const bool signalled = ready > 0 && polls[i].revents != 0;
+      PipeOperation* operation = things[i].Operation();
+      if (operation == nullptr) {
+        if (signalled && (polls[i].revents & POLLNVAL) != 0) {
+          SetLastErrorCode(kInvalidHandle);
+          return kWaitFailed;
+        }
+        if (signalled) {
+          return static_cast<std::uint32_t>(i);
+        }
+        continue;
+      }
+      const bool writing_here = operation->IsPending() && Access::IsWrite(*operation);
+      if (!operation->IsPending() || ((signalled || writing_here) && Access::Attempt(*operation) != kIoPending)) {
+        return static_cast<std::uint32_t>(i);
+      }
+      // Room that does not help (too many descriptors on their way) must not make this loop spin.
+      writes_rest = writes_rest || (writing_here && signalled);
+    }
+    if (deadline.Passed()) {
+      return kWaitTimeout;
+    }
+  }
+}
+
+}  // namespace Zelto::Platform

@@ -1,0 +1,143 @@
+#include "zelto/platform/posix/pipe_socket.h"
+
+#include "zelto/platform/posix/errno_codes.h"
+
+#include <sys/uio.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace Zelto::Platform {
+namespace {
+
+// Room for the credentials and, by the rounding of its size, two descriptors: a second one shows a wrong packet, the
+// system drops any further one.
+constexpr std::size_t kControlSize = CMSG_SPACE(sizeof(ucred)) + CMSG_SPACE(2 * sizeof(int));
+
+struct Control {
+  bool credentials = false;
+  std::size_t descriptors = 0;
+  UniqueDescriptor first;
+};
+
+// Takes ownership of every descriptor that came, and keeps the first.
+Control ReadControl(msghdr& header) noexcept {
+  Control control;
+  for (cmsghdr* record = CMSG_FIRSTHDR(&header); record != nullptr; record = CMSG_NXTHDR(&header, record)) {
+    if (record->cmsg_level != SOL_SOCKET) {
+      continue;
+    }
+    if (record->cmsg_type == SCM_CREDENTIALS) {
+      control.credentials = true;
+    } else if (record->cmsg_type == SCM_RIGHTS) {
+      const std::size_t count = (record->cmsg_len - CMSG_LEN(0)) / sizeof(int);
+      for (std::size_t i = 0; i < count; ++i) {
+        int descriptor = -1;
+        std::memcpy(&descriptor, CMSG_DATA(record) + i * sizeof descriptor, sizeof descriptor);
+        UniqueDescriptor owner(AvoidStandardStreams(descriptor));
+        if (control.descriptors++ == 0) {
+          control.first = std::move(owner);
+        }
+      }
+    }
+  }
+  return control;
+}
+
+}  // namespace
+
+bool PipeAddress::Set(const std::string& path) noexcept {
+  if (path.size() >= sizeof address_.sun_path) {
+    return false;
+  }
+  address_.sun_family = AF_UNIX;
+  std::memcpy(address_.sun_path, path.c_str(), path.size() + 1);
+  return true;
+}
+
+UniqueDescriptor MakePipeSocket() noexcept {
+  UniqueDescriptor made(AvoidStandardStreams(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)));
+  if (made && !WantPacketCredentials(made.Get())) {
+    made.Reset();
+  }
+  return made;
+}
+
+bool WantPacketCredentials(int socket) noexcept {
+  const int on = 1;
+  return ::setsockopt(socket, SOL_SOCKET, SO_PASSCRED, &on, sizeof on) == 0;
+}
+
+bool GetPeerCredentials(int socket, ucred& peer) noexcept {
+  socklen_t size = sizeof peer;
+  return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
+}
+
+ErrorCode ReceivePacket(int socket, std::span<iovec> buffers, Packet& packet) noexcept {
+  alignas(cmsghdr) char space[kControlSize];
+  msghdr header{};
+  header.msg_iov = buffers.data();
+  header.msg_iovlen = buffers.size();
+  ssize_t received = -1;
+  do {
+    header.msg_control = space;
+    header.msg_controllen = sizeof space;
+    received = ::recvmsg(socket, &header, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
+    // A reset is told once, before the packets that are still queued.
+  } while (received < 0 && (errno == EINTR || errno == ECONNRESET));
+  if (received < 0) {
+    return errno == EAGAIN ? kIoPending : (errno == ENOTCONN ? kBrokenPipe : CodeFromErrno(errno));
+  }
+  Control control = ReadControl(header);
+  const bool cut = (header.msg_flags & MSG_CTRUNC) != 0;
+  if (cut && control.descriptors == 0) {
+    return kTooManyOpenFiles;  // this process has no room for the descriptor
+  }
+  if (cut || control.descriptors > 1 || (control.descriptors == 1 && received > 0) ||
+      (header.msg_flags & MSG_TRUNC) != 0) {
+    return kInvalidData;
+  }
+  packet.size = static_cast<std::size_t>(received);
+  packet.end = received == 0 && !control.credentials && control.descriptors == 0;
+  packet.memory = std::move(control.first);
+  return kSuccess;
+}
+
+ErrorCode SendPacket(int socket, const void* data, std::size_t size, int memory) noexcept {
+  iovec part{const_cast<void*>(data), size};
+  alignas(cmsghdr) char space[CMSG_SPACE(sizeof(int))] = {};
+  msghdr header{};
+  header.msg_iov = &part;
+  header.msg_iovlen = 1;
+  if (memory >= 0) {
+    header.msg_control = space;
+    header.msg_controllen = sizeof space;
+    cmsghdr* record = CMSG_FIRSTHDR(&header);
+    record->cmsg_level = SOL_SOCKET;
+    record->cmsg_type = SCM_RIGHTS;
+    record->cmsg_len = CMSG_LEN(sizeof memory);
+    std::memcpy(CMSG_DATA(record), &memory, sizeof memory);
+  }
+  ssize_t sent = -1;
+  do {
+    sent = ::sendmsg(socket, &header, MSG_DONTWAIT | MSG_NOSIGNAL);
+  } while (sent < 0 && errno == EINTR);
+  if (sent >= 0) {
+    return kSuccess;
+  }
+  switch (errno) {
+    case EAGAIN:
+    case ETOOMANYREFS:  // too many descriptors of this user are on their way
+      return kIoPending;
+    case EPIPE:
+    case ECONNRESET:
+    case ENOTCONN:
+      return kBrokenPipe;
+    case EMSGSIZE:
+      return kMoreData;
+    default:
+      return CodeFromErrno(errno);
+  }
+}
+
+}  // namespace Zelto::Platform
