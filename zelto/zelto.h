@@ -8,6 +8,7 @@
 #include <zelto/platform/message_pipe.h>
 #include <zelto/platform/process.h>
 #include <zelto/platform/shared_handle.h>
+#include <zelto/text/base64.h>
 #include <zelto/text/exceptions/closed_connection_exception.h>
 #include <zelto/text/exceptions/conversion_encoding.h>
 #include <zelto/text/exceptions/conversion_exception.h>
@@ -19,3 +20,5 @@
 #include <zelto/text/exceptions/wide_filesystem_error.h>
 #include <zelto/text/exceptions/win32_exception.h>
 #include <zelto/text/string_utilities.h>
+#include <zelto/text/url_encoding.h>
+#include <zelto/text/wildcard_pattern.h>
