@@ -8,6 +8,7 @@
 #include <zelto/platform/message_pipe.h>
 #include <zelto/platform/process.h>
 #include <zelto/platform/shared_handle.h>
+#include <zelto/platform/timer_queue.h>
 #include <zelto/text/base64.h>
 #include <zelto/text/exceptions/closed_connection_exception.h>
 #include <zelto/text/exceptions/conversion_encoding.h>

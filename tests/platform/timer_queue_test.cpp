@@ -1,0 +1,229 @@
+// What the library needs of the system's timer queue, on both targets.
+#include "zelto/platform/timer_queue.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace Zelto::Platform {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr auto kLimit = std::chrono::seconds(60);  // nothing here takes long; a slow machine may
+
+/// What callbacks count and tests wait on.
+class Counter {
+ public:
+  void Add() {
+    const std::lock_guard lock(mutex_);
+    ++value_;
+    changed_.notify_all();
+  }
+  int Value() {
+    const std::lock_guard lock(mutex_);
+    return value_;
+  }
+  bool WaitFor(int value) {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, kLimit, [&] { return value_ >= value; });
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  int value_ = 0;
+};
+
+void Count(void* counter, unsigned char /*fired*/) {
+  static_cast<Counter*>(counter)->Add();
+}
+
+/// A callback that stays inside until it is let go.
+struct Gate {
+  Counter entered;
+  Counter opened;
+  Counter left;
+};
+
+void PassGate(void* parameter, unsigned char /*fired*/) {
+  auto& gate = *static_cast<Gate*>(parameter);
+  gate.entered.Add();
+  gate.opened.WaitFor(1);
+  gate.left.Add();
+}
+
+void OpenGate(void* gate, unsigned char /*fired*/) {
+  static_cast<Gate*>(gate)->opened.Add();
+}
+
+class TimerQueueTest : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(TimerQueue::Create(queue_), kSuccess); }
+
+  void* Start(TimerQueue::Callback callback, void* parameter, std::uint32_t due_ms, std::uint32_t period_ms) {
+    void* timer = nullptr;
+    EXPECT_EQ(queue_->CreateTimer(timer, callback, parameter, due_ms, period_ms), kSuccess);
+    EXPECT_NE(timer, nullptr);
+    return timer;
+  }
+
+  std::shared_ptr<TimerQueue> queue_;
+};
+
+TEST_F(TimerQueueTest, ATimerWithoutPeriodFiresOnceAndNotEarly) {
+  struct Record {
+    Counter count;
+    steady_clock::time_point fired;
+    unsigned char argument = 0;
+  } record;
+  const auto started = steady_clock::now();
+  const auto fire = [](void* parameter, unsigned char fired) {
+    auto& seen = *static_cast<Record*>(parameter);
+    seen.fired = steady_clock::now();
+    seen.argument = fired;
+    seen.count.Add();
+  };
+  void* const timer = Start(fire, &record, 50, 0);
+  ASSERT_TRUE(record.count.WaitFor(1));
+  EXPECT_GE(record.fired - started, milliseconds(35));  // the system's clock may tick coarsely
+  EXPECT_EQ(record.argument, 1);
+  // Several rounds of another timer leave time for a second firing that must not come.
+  Counter rounds;
+  void* const other = Start(Count, &rounds, 50, 50);
+  ASSERT_TRUE(rounds.WaitFor(4));
+  EXPECT_EQ(record.count.Value(), 1);
+  EXPECT_EQ(queue_->DeleteTimer(other), kSuccess);
+  EXPECT_EQ(queue_->DeleteTimer(timer), kSuccess);
+}
+
+TEST_F(TimerQueueTest, APeriodicTimerKeepsItsBeatUntilItIsDeleted) {
+  Counter count;
+  const auto started = steady_clock::now();
+  void* const timer = Start(Count, &count, 0, 20);
+  ASSERT_TRUE(count.WaitFor(26));
+  EXPECT_GE(steady_clock::now() - started, milliseconds(24 * 20));
+  EXPECT_EQ(queue_->DeleteTimer(timer), kSuccess);
+  const int at_end = count.Value();
+  void* const other = Start(Count, &count, 60, 0);
+  ASSERT_TRUE(count.WaitFor(at_end + 1));
+  EXPECT_EQ(count.Value(), at_end + 1) << "only the other timer fired";
+  EXPECT_EQ(queue_->DeleteTimer(other), kSuccess);
+}
+
+TEST_F(TimerQueueTest, TimersFireByDueTimeAndATimerDueNeverDoesNot) {
+  struct Entry {
+    Counter* done;
+    steady_clock::time_point fired{};
+  };
+  Counter done;
+  std::array<Entry, 3> entries{Entry{&done}, Entry{&done}, Entry{&done}};
+  const auto fire = [](void* parameter, unsigned char) {
+    auto& entry = *static_cast<Entry*>(parameter);
+    entry.fired = steady_clock::now();
+    entry.done->Add();
+  };
+  Counter never;
+  const std::vector<void*> timers{Start(Count, &never, kInfinite, 0), Start(fire, &entries[0], 600, 0),
+                                  Start(fire, &entries[1], 0, 0), Start(fire, &entries[2], 300, 0)};
+  ASSERT_TRUE(done.WaitFor(3));
+  EXPECT_LT(entries[1].fired, entries[2].fired);
+  EXPECT_LT(entries[2].fired, entries[0].fired);
+  EXPECT_EQ(never.Value(), 0);
+  for (void* const timer : timers) {
+    EXPECT_EQ(queue_->DeleteTimer(timer), kSuccess);
+  }
+}
+
+TEST_F(TimerQueueTest, DeletingWaitsForTheCallbackInProgress) {
+  Gate gate;
+  void* const timer = Start(PassGate, &gate, 0, 0);
+  ASSERT_TRUE(gate.entered.WaitFor(1));
+  void* const opener = Start(OpenGate, &gate, 50, 0);
+  EXPECT_EQ(queue_->DeleteTimer(timer), kSuccess);
+  EXPECT_EQ(gate.left.Value(), 1);
+  EXPECT_EQ(queue_->DeleteTimer(opener), kSuccess);
+}
+
+TEST_F(TimerQueueTest, SlowCallbacksHoldUpNoOtherTimer) {
+  Gate gate;
+  std::vector<void*> slow;
+  for (int i = 0; i < 8; ++i) {
+    slow.push_back(Start(PassGate, &gate, 0, 100));
+  }
+  ASSERT_TRUE(gate.entered.WaitFor(8));
+  Counter quick;
+  void* const timer = Start(Count, &quick, 0, 5);
+  EXPECT_TRUE(quick.WaitFor(50)) << "while all slow callbacks are inside";
+  EXPECT_EQ(gate.left.Value(), 0);
+  gate.opened.Add();
+  EXPECT_TRUE(gate.left.WaitFor(16)) << "late callbacks run, too";
+  for (void* const each : slow) {
+    EXPECT_EQ(queue_->DeleteTimer(each), kSuccess);
+  }
+  EXPECT_EQ(queue_->DeleteTimer(timer), kSuccess);
+}
+
+TEST_F(TimerQueueTest, ACallbackMayStartAndDeleteOtherTimers) {
+  struct Chain {
+    TimerQueue* queue;
+    Counter inner{};
+    Counter outer{};
+    ErrorCode deleted = 1;
+  } chain{queue_.get()};
+  const auto run = [](void* parameter, unsigned char) {
+    auto& links = *static_cast<Chain*>(parameter);
+    void* inner = nullptr;
+    links.queue->CreateTimer(inner, Count, &links.inner, 0, 1);
+    links.inner.WaitFor(3);
+    links.deleted = links.queue->DeleteTimer(inner);
+    links.outer.Add();
+  };
+  void* const timer = Start(run, &chain, 0, 0);
+  ASSERT_TRUE(chain.outer.WaitFor(1));
+  EXPECT_EQ(chain.deleted, kSuccess);
+  EXPECT_GE(chain.inner.Value(), 3);
+  EXPECT_EQ(queue_->DeleteTimer(timer), kSuccess);
+}
+
+TEST_F(TimerQueueTest, TheQueueGoesWithItsTimersAfterTheirCallbacks) {
+  std::shared_ptr<TimerQueue> helper;
+  ASSERT_EQ(TimerQueue::Create(helper), kSuccess);
+  Gate gate;
+  Counter ticks;
+  Start(PassGate, &gate, 0, 0);
+  Start(Count, &ticks, 0, 1);
+  ASSERT_TRUE(gate.entered.WaitFor(1));
+  ASSERT_TRUE(ticks.WaitFor(5));
+  void* opener = nullptr;
+  ASSERT_EQ(helper->CreateTimer(opener, OpenGate, &gate, 50, 0), kSuccess);
+  queue_.reset();
+  EXPECT_EQ(gate.left.Value(), 1);
+  const int at_end = ticks.Value();
+  Counter later;
+  ASSERT_EQ(helper->CreateTimer(opener, Count, &later, 20, 0), kSuccess);
+  ASSERT_TRUE(later.WaitFor(1));
+  EXPECT_EQ(ticks.Value(), at_end);
+}
+
+TEST_F(TimerQueueTest, NoCallbackRunsOnceItsTimerIsDeleted) {
+  // Each counter goes with its timer: a later callback is a use after free, and the sanitizers see it.
+  for (int i = 0; i < 2000; ++i) {
+    const auto counter = std::make_unique<Counter>();
+    void* const timer = Start(Count, counter.get(), static_cast<std::uint32_t>(i % 2), 1);
+    if (i % 4 == 0) {
+      ASSERT_TRUE(counter->WaitFor(1));
+    }
+    ASSERT_EQ(queue_->DeleteTimer(timer), kSuccess);
+  }
+}
+
+}  // namespace
+}  // namespace Zelto::Platform
