@@ -151,8 +151,8 @@ class ZELTO_API PipeOperation {
   };
 
   Utilities::SharedHandle pipe_;
-  Utilities::SharedHandle& event_;
-  OverlappedRecord& record_;
+  [[maybe_unused]] Utilities::SharedHandle& event_;
+  [[maybe_unused]] OverlappedRecord& record_;
   void* buffer_ = nullptr;
   std::uint32_t size_ = 0;
   std::uint32_t transferred_ = 0;
