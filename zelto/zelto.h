@@ -10,6 +10,7 @@
 #include <zelto/platform/shared_handle.h>
 #include <zelto/platform/timer_queue.h>
 #include <zelto/text/base64.h>
+#include <zelto/text/diagnostics.h>
 #include <zelto/text/exceptions/closed_connection_exception.h>
 #include <zelto/text/exceptions/conversion_encoding.h>
 #include <zelto/text/exceptions/conversion_exception.h>

@@ -87,6 +87,37 @@ class ZELTO_API StringUtilities {
   /// Cuts the text before its first zero unit.
   static void ReleaseBuffer(std::wstring& text);
 
+  /// Formats as printf does for wide strings on Windows, the same on both targets and in every locale.
+  ///
+  /// `%s` `%c` take wide text, `%S` `%C` narrow text; `%hs` `%hS` narrow, `%ls` `%lS` `%ws` wide. Narrow bytes become
+  /// units of the same values; a null pointer prints "(null)". Numbers are `%d %i %u %o %x %X` with the sizes `hh`,
+  /// `h`, `I32`, `ll`, `I64` and `j` (64 bits), `z`, `t` and `I` (as wide as a pointer), and `l`, which is 32 bits on
+  /// Linux, too: the value of a longer `long` is cut. Reals are `%e %f %g %a` and their capitals; `long double` (`L`)
+  /// is rounded to `double` first. `%p` is all digits of a pointer in capitals. Flags, widths and precisions are
+  /// printf's, also `*`; the flag 0 fills in front of text, too.
+  ///
+  /// @param format     zero-terminated; null is a bad format
+  /// @param arguments  what the format asks for; as with printf, nobody checks that
+  /// @return           the text up to its first zero unit; empty for a bad format: an unknown conversion or size, a "%"
+  /// at
+  ///                   the end, a width or the precision of a number above 65,535, a character above U+10FFFF
+  ///
+  /// The format is checked whole before an argument is looked at. `%n` takes its pointer and writes nothing.
+  static std::wstring SafeSprintf(const wchar_t* format, ...);
+
+  /// Formats as the message formatter of Windows does (`FormatMessageW` from a string), the same on both targets.
+  ///
+  /// `%1` to `%99` are the arguments as wide strings, `%1!d!` by a printf specification as in `SafeSprintf` (reals are
+  /// not possible, as in the system), `%1!*.*s!` takes a width, a precision and the text from three arguments in a row:
+  /// the text then counts as the one before, so the next is `%3`, and behind `%1!*d!` it is `%2`. `%%`, `%.`, `%!` and
+  /// `% ` are the character itself, `%n` is a line break of CR LF, `%r` a CR, `%t` a tab, `%b` a blank; `%0` ends the
+  /// message; another letter stands for itself. A line break in the format becomes CR LF.
+  ///
+  /// @param arguments  integers, characters and pointers, each at most as wide as a pointer; those that no insert names
+  ///                   are passed over. There must be as many as the greatest number named.
+  /// @return           the text; empty for a bad format and for a text longer than 4095 units
+  static std::wstring FormatMessageW(const wchar_t* format, ...);
+
   /// "0x" and the 32 bits as eight upper-case hexadecimal digits: 255 gives "0x000000FF", -1 "0xFFFFFFFF".
   static std::wstring ToHex(std::int32_t value);
   static std::string ToHexStr(std::int32_t value);
