@@ -19,9 +19,12 @@ inline constexpr ErrorCode kAccessDenied = 5;           // ERROR_ACCESS_DENIED
 inline constexpr ErrorCode kInvalidHandle = 6;          // ERROR_INVALID_HANDLE
 inline constexpr ErrorCode kNotEnoughMemory = 8;        // ERROR_NOT_ENOUGH_MEMORY
 inline constexpr ErrorCode kInvalidData = 13;           // ERROR_INVALID_DATA
+inline constexpr ErrorCode kSharingViolation = 32;      // ERROR_SHARING_VIOLATION
 inline constexpr ErrorCode kInvalidParameter = 87;      // ERROR_INVALID_PARAMETER
 inline constexpr ErrorCode kBrokenPipe = 109;           // ERROR_BROKEN_PIPE
+inline constexpr ErrorCode kDiskFull = 112;             // ERROR_DISK_FULL
 inline constexpr ErrorCode kInvalidName = 123;          // ERROR_INVALID_NAME
+inline constexpr ErrorCode kAlreadyExists = 183;        // ERROR_ALREADY_EXISTS
 inline constexpr ErrorCode kInvalidExeSignature = 191;  // ERROR_INVALID_EXE_SIGNATURE
 inline constexpr ErrorCode kPipeBusy = 231;             // ERROR_PIPE_BUSY
 inline constexpr ErrorCode kNoData = 232;               // ERROR_NO_DATA: the pipe's other end is closing
@@ -34,6 +37,7 @@ inline constexpr ErrorCode kIoIncomplete = 996;         // ERROR_IO_INCOMPLETE
 inline constexpr ErrorCode kIoPending = 997;            // ERROR_IO_PENDING
 inline constexpr ErrorCode kNotFound = 1168;            // ERROR_NOT_FOUND
 inline constexpr ErrorCode kTimeout = 1460;             // ERROR_TIMEOUT
+inline constexpr ErrorCode kCantAccessFile = 1920;      // ERROR_CANT_ACCESS_FILE: not a file of the ordinary kind
 
 /// The calling thread's last system error, as a Win32 code.
 ///
