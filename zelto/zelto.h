@@ -3,8 +3,10 @@
 #pragma once
 
 #include <zelto/export.h>
+#include <zelto/files/file_appender.h>
 #include <zelto/platform/errors.h>
 #include <zelto/platform/events.h>
+#include <zelto/platform/files.h>
 #include <zelto/platform/message_pipe.h>
 #include <zelto/platform/process.h>
 #include <zelto/platform/shared_handle.h>

@@ -1,0 +1,111 @@
+#include "tests/files/child_process.h"
+#include "tests/files/log_support.h"
+#include "zelto/files/file_appender.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <sstream>
+#include <thread>
+
+namespace Zelto::Utilities {
+namespace {
+
+using namespace Zelto::Testing;
+
+constexpr std::size_t kFilling = 200;  // units behind each number
+
+// The numbers of the lines in all files of a folder, with how often each occurs; every line must be whole.
+std::map<int, int> CollectLines(const std::filesystem::path& folder) {
+  std::map<int, int> numbers;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    std::ifstream file(entry.path(), std::ios::binary);
+    const std::string bytes(std::istreambuf_iterator<char>(file), {});
+    std::size_t start = 0;
+    for (std::size_t end = bytes.find("\r\n"); end != std::string::npos; end = bytes.find("\r\n", start)) {
+      std::istringstream line(bytes.substr(start, end - start));
+      int number = -1;
+      std::string filling;
+      line >> number >> filling;
+      EXPECT_EQ(filling, std::string(kFilling, filling.empty() ? '?' : filling[0])) << entry.path();
+      ++numbers[number];
+      start = end + 2;
+    }
+    EXPECT_EQ(start, bytes.size()) << "a torn line at the end of " << entry.path();
+  }
+  return numbers;
+}
+
+std::vector<std::string> WriterArguments(const TempFolder& folder, const std::string& name, int lines, int kibibytes) {
+  return {(folder.Path() / "agent.log").string(), name, std::to_string(lines), std::to_string(kibibytes)};
+}
+
+TEST(LogProcesses, LinesOfTwoProcessesDoNotMix) {
+  constexpr int kLines = 500;
+  const TempFolder folder;
+  std::vector<ChildProcess> writers;
+  for (const char* name : {"A", "B"}) {
+    writers.emplace_back(LOG_WRITER, WriterArguments(folder, name, kLines, 0));
+  }
+  std::string line;
+  for (ChildProcess& writer : writers) {
+    while (writer.ReadLine(line)) {
+    }
+    EXPECT_EQ(writer.Wait(), 0);
+  }
+  const std::map<int, int> lines = CollectLines(folder.Path());
+  EXPECT_EQ(lines.size(), static_cast<std::size_t>(kLines));
+  for (const auto& [number, count] : lines) {
+    EXPECT_EQ(count, 2) << number;
+  }
+}
+
+TEST(LogProcesses, LinesOfTwoAppendersOnTwoThreadsDoNotMix) {
+  constexpr int kLines = 300;
+  const TempFolder folder;
+  const auto append = [&folder](wchar_t filling) {
+    FileAppender log(folder / L"agent.log");
+    for (int i = 0; i < kLines; ++i) {
+      log.AppendLine(std::to_wstring(i) + L" " + std::wstring(kFilling, filling));
+    }
+  };
+  std::thread other(append, L'A');
+  append(L'B');
+  other.join();
+  for (const auto& [number, count] : CollectLines(folder.Path())) {
+    EXPECT_EQ(count, 2) << number;
+  }
+}
+
+// With a negative limit every line rotates the whole chain, so a kill nearly always falls into a rotation.
+TEST(LogProcesses, AProcessKilledWhileItRotatesLosesNoLine) {
+  for (int round = 0; round < 6; ++round) {
+    const TempFolder folder;
+    ChildProcess writer(LOG_WRITER, WriterArguments(folder, "A", 0, -1));
+    std::string line;
+    int said = -1;
+    while (said < 8 + 2 * round && writer.ReadLine(line)) {
+      said = std::stoi(line);
+    }
+    writer.Kill();
+    while (writer.ReadLine(line)) {
+      said = std::stoi(line);
+    }
+    EXPECT_EQ(writer.Wait(), -1);
+    const int written = static_cast<int>(CollectLines(folder.Path()).size());
+    EXPECT_TRUE(written == said + 1 || written == said + 2) << written << " lines, the last said is " << said;
+
+    FileAppender next(folder / L"agent.log");
+    next.SetMaxFileSize(1);
+    for (int i = 0; i < 20; ++i) {
+      next.AppendLine(std::to_wstring(written + i) + L" " + std::wstring(kFilling, L'N'));
+    }
+    const std::map<int, int> lines = CollectLines(folder.Path());
+    EXPECT_EQ(lines.size(), static_cast<std::size_t>(written + 20));
+    EXPECT_EQ(lines.begin()->first, 0);
+    EXPECT_EQ(lines.rbegin()->first, written + 19);
+  }
+}
+
+}  // namespace
+}  // namespace Zelto::Utilities

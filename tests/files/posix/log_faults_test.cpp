@@ -1,0 +1,155 @@
+#include "tests/files/log_support.h"
+#include "zelto/files/file_appender.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace Zelto::Utilities {
+namespace {
+
+using namespace Zelto::Testing;
+
+constexpr std::size_t kLineBytes = 1002;
+
+// Appends lines until one is lost, then expects that what is in the file are the others, whole.
+void FillAndExpectWholeLines(FileAppender& log, const std::wstring& path, std::size_t most_lines) {
+  Reports reports;
+  std::size_t written = 0;
+  while (written <= most_lines) {
+    log.AppendLine(std::wstring(kLineBytes - 2, L'x'));
+    if (reports.Take(path) != 0) {
+      break;
+    }
+    ++written;
+  }
+  ASSERT_LE(written, most_lines) << "the disk was never full";
+  ASSERT_GT(written, 0U);
+  const std::string bytes = ReadFile(path);
+  EXPECT_EQ(bytes.size(), written * kLineBytes);
+  EXPECT_EQ(bytes.substr(bytes.size() - 3), "x\r\n");
+}
+
+TEST(LogFaults, AShortWriteIsCutBack) {
+  const TempFolder folder;
+  const std::wstring path = folder / L"agent.log";
+  FileAppender log(path);
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit limit{10 * kLineBytes + 500, before.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+  FillAndExpectWholeLines(log, path, 10);
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  std::signal(SIGXFSZ, handler);
+  log.AppendLine(L"again");
+  EXPECT_EQ(ReadFile(path).size(), 10 * kLineBytes + 7);
+}
+
+TEST(LogFaults, AFullDiskLosesWholeLines) {
+  const TempFolder folder;
+  if (::mount("tmpfs", folder.Path().c_str(), "tmpfs", 0, "size=64k") != 0) {
+    GTEST_SKIP() << "only who may mount can make a small disk";
+  }
+  const std::wstring path = folder / L"logs/agent.log";
+  FileAppender log(path);
+  FillAndExpectWholeLines(log, path, 80);
+  log.SetMaxFileSize(1);
+  log.SetMaxBackupFiles(1);
+  Reports reports;
+  log.AppendLine(L"rotated, still full");
+  log.AppendLine(std::wstring(600, L'x'));  // replaces the only backup: there is room again
+  log.AppendLine(L"room");
+  EXPECT_EQ(reports.Take(path), 1U);
+  EXPECT_EQ(ReadFile(path), std::string(600, 'x') + "\r\nroom\r\n");
+  EXPECT_EQ(::umount2(folder.Path().c_str(), MNT_DETACH), 0);
+}
+
+TEST(LogFaults, AFolderThatMayNotBeWrittenLosesLinesAndOneThatMayNotBeSeenThrows) {
+  const TempFolder folder;
+  const std::wstring path = folder / L"agent.log";
+  Reports reports;
+  FileAppender log(path);
+  const bool privileged = ::geteuid() == 0;
+  ASSERT_EQ(::chmod(folder.Path().c_str(), 0555), 0);
+  ASSERT_TRUE(!privileged || ::seteuid(65534) == 0);
+  log.AppendLine(L"lost");
+  EXPECT_EQ(reports.Take(path), 1U);
+  FileAppender below(folder / L"new/agent.log");
+  EXPECT_ANY_THROW(below.AppendLine(L"lost"));
+  ASSERT_TRUE(!privileged || ::seteuid(0) == 0);
+  ASSERT_EQ(::chmod(folder.Path().c_str(), 0600), 0);
+  ASSERT_TRUE(!privileged || ::seteuid(65534) == 0);
+  EXPECT_ANY_THROW(log.AppendLine(L"lost"));
+  ASSERT_TRUE(!privileged || ::seteuid(0) == 0);
+  ASSERT_EQ(::chmod(folder.Path().c_str(), 0755), 0);
+  EXPECT_FALSE(Exists(path));
+}
+
+TEST(LogFaults, NothingButAFileIsWrittenTo) {
+  const TempFolder folder;
+  WriteFile(folder / L"target", "target");
+  ASSERT_EQ(::mkfifo((folder.Path() / "pipe").c_str(), 0600), 0);
+  std::filesystem::create_symlink(folder.Path() / "target", folder.Path() / "link");
+  std::filesystem::create_symlink(folder.Path() / "absent", folder.Path() / "dangling");
+  std::filesystem::create_symlink("/dev/null", folder.Path() / "device");
+  Reports reports;
+  for (const wchar_t* name : {L"pipe", L"link", L"dangling", L"device"}) {
+    FileAppender log(folder / name);
+    log.AppendLine(L"lost");
+    EXPECT_EQ(reports.Take(folder / name), 1U) << Native(name);
+  }
+  // With a reader the pipe could be opened.
+  const int reader = ::open((folder.Path() / "pipe").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  FileAppender(folder / L"pipe").AppendLine(L"lost");
+  EXPECT_EQ(reports.Take(folder / L"pipe"), 1U);
+  char byte = 0;
+  EXPECT_LE(::read(reader, &byte, 1), 0);
+  ::close(reader);
+  FileAppender(L"/dev/null").AppendLine(L"lost");
+  EXPECT_EQ(reports.Take(L"/dev/null"), 1U);
+  EXPECT_EQ(ReadFile(folder / L"target"), "target");
+  EXPECT_FALSE(Exists(folder / L"absent"));
+}
+
+TEST(LogFaults, ALinkToAFolderIsFollowedAndALinkIsRotatedItself) {
+  const TempFolder folder;
+  std::filesystem::create_directory(folder.Path() / "real");
+  std::filesystem::create_directory_symlink(folder.Path() / "real", folder.Path() / "logs");
+  WriteFile(folder / L"target", "target");
+  std::filesystem::create_symlink(folder.Path() / "target", folder.Path() / "real/agent.log");
+  FileAppender log(folder / L"logs/agent.log");
+  log.SetMaxFileSize(-1);
+  log.AppendLine(L"x");
+  EXPECT_EQ(ReadFile(folder / L"real/agent.log"), "x\r\n");
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.Path() / "real/agent_1.log"));
+  EXPECT_EQ(ReadFile(folder / L"target"), "target");
+}
+
+TEST(LogFaults, NobodyElseMayWriteWhatIsMade) {
+  const TempFolder folder;
+  const mode_t mask = ::umask(0);
+  FileAppender log(folder / L"logs/agent.log");
+  log.AppendLine(L"x");
+  ::umask(mask);
+  struct stat status {};
+  ASSERT_EQ(::stat((folder.Path() / "logs/agent.log").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0664U);
+  ASSERT_EQ(::stat((folder.Path() / "logs").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, 0775U);
+}
+
+TEST(LogFaults, PathsWithoutUtf8FormAreThrown) {
+  for (const std::wstring& path : {std::wstring{L'/', L't', 0xD83D}, std::wstring{L'/', 0xDE00, L'/', L'a'}}) {
+    FileAppender log(path);
+    EXPECT_ANY_THROW(log.AppendLine(L"lost"));
+  }
+}
+
+}  // namespace
+}  // namespace Zelto::Utilities
