@@ -4,9 +4,12 @@
 
 #include <zelto/export.h>
 #include <zelto/files/file_appender.h>
+#include <zelto/platform/calendar.h>
+#include <zelto/platform/calendar_types_fwd.h>
 #include <zelto/platform/errors.h>
 #include <zelto/platform/events.h>
 #include <zelto/platform/files.h>
+#include <zelto/platform/locale_text.h>
 #include <zelto/platform/message_pipe.h>
 #include <zelto/platform/process.h>
 #include <zelto/platform/shared_handle.h>
@@ -26,3 +29,8 @@
 #include <zelto/text/string_utilities.h>
 #include <zelto/text/url_encoding.h>
 #include <zelto/text/wildcard_pattern.h>
+#include <zelto/time/stopwatch.h>
+#include <zelto/time/time_span.h>
+#include <zelto/time/time_unit_converter.h>
+#include <zelto/time/utc_time.h>
+#include <zelto/time/version.h>

@@ -1,0 +1,118 @@
+#include "zelto/time/version.h"
+
+#include "zelto/text/exceptions/win32_exception.h"
+#include "zelto/text/string_utilities.h"
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+namespace Zelto::Utilities {
+namespace {
+
+template <typename Action>
+std::string FailureOf(Action action) {
+  try {
+    action();
+  } catch (const Win32Exception& failure) {
+    return failure.GetErrorCode() == 87 ? failure.what() : "wrong code";
+  }
+  return "";
+}
+
+TEST(Version, ScansLenientlyAfterThreeDots) {
+  const struct {
+    const wchar_t* text;
+    Version version;
+  } cases[] = {
+      {L"1.2.3.4", {1, 2, 3, 4}},
+      {L"7...", {7, 0, 0, 0}},
+      {L"1.x.3.4", {1, 0, 0, 0}},
+      {L"1.2..4", {1, 2, 0, 0}},
+      {L"1.2.3.4 beta", {1, 2, 3, 4}},
+      {L"1x.2.3.4", {1, 0, 0, 0}},
+      {L"1 .2.3.4", {1, 0, 0, 0}},
+      {L" \t\n1. 2.\r3.\v4", {1, 2, 3, 4}},
+      {L"+1.-2.3.- 4", {1, 4294967294, 3, 0}},
+      {L"4294967295.4294967296.4294967297.99999999999999999999", {4294967295, 0, 1, 1661992959}},
+      {L"-4294967295.0x10.3.4", {1, 0, 0, 0}},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(Version(c.text), c.version) << StringUtilities::Utf16ToUtf8(c.text);
+    EXPECT_EQ(Version(StringUtilities::Utf16ToUtf8(c.text)), c.version);
+  }
+  EXPECT_EQ(Version(std::wstring_view(L"1.2\0.3.4", 8)), Version(1, 2, 0, 0));
+}
+
+TEST(Version, RefusesOtherTextsAndStaysAsItWas) {
+  Version version(9, 8, 7, 6);
+  for (const wchar_t* text : {L"", L"1.2.3", L"1.2.3.4.5", L"7....", L".1.2.3", L"...", L"x.1.2.3", L"-.1.2.3",
+                              L"\uFF11.2.3.4", L"\u00A01.2.3.4"}) {
+    EXPECT_NE(FailureOf([&] { version.SetVersion(text); }).find("String is not a valid version string"),
+              std::string::npos)
+        << StringUtilities::Utf16ToUtf8(text);
+  }
+  EXPECT_EQ(version, Version(9, 8, 7, 6));
+  EXPECT_NO_THROW(Version::CheckCompleteVersionFormat(L"a.b.c.d"));
+  EXPECT_NE(FailureOf([] { Version::CheckCompleteVersionFormat(L"1,2,3,4"); }), "");
+}
+
+TEST(Version, OrdersByPartsAsUnsignedNumbers) {
+  const Version ascending[] = {{}, {0, 0, 0, 1}, {1, 2, 3, 3}, {1, 2, 3, 4}, {1, 2, 10, 0}, {2147483648, 0, 0, 0}};
+  for (const Version& a : ascending) {
+    for (const Version& b : ascending) {
+      const int order = &a < &b ? -1 : &a > &b ? 1 : 0;
+      EXPECT_EQ(a.Compare(b), order);
+      EXPECT_TRUE((a < b) == (order < 0) && (a <= b) == (order <= 0) && (a > b) == (order > 0) &&
+                  (a >= b) == (order >= 0) && (a == b) == (order == 0) && (a != b) == (order != 0));
+    }
+  }
+}
+
+TEST(Version, ExchangesAStructureInReverseOrder) {
+  EXPECT_EQ(offsetof(_CVersion, revision), 0U);
+  EXPECT_EQ(offsetof(_CVersion, major), 12U);
+  const _CVersion plain = Version(1, 2, 3, 4).GetCVerison();
+  EXPECT_EQ(plain.major, 1U);
+  EXPECT_EQ(plain.minor, 2U);
+  EXPECT_EQ(plain.build, 3U);
+  EXPECT_EQ(plain.revision, 4U);
+  EXPECT_EQ(Version(plain), Version(1, 2, 3, 4));
+}
+
+TEST(Version, PrintsSignedByDefaultAndByTheCallersFormat) {
+  const Version version(1, 2147483648, 3, 4294967295);
+  EXPECT_EQ(Version().ToString(), L"0.0.0.0");
+  EXPECT_EQ(version.ToString(), L"1.-2147483648.3.-1");
+  EXPECT_EQ(version.ToCharString(), "1.-2147483648.3.-1");
+  EXPECT_EQ(version.ToString(L"%u.%lu"), L"1.2147483648");
+  EXPECT_EQ(version.ToString(L"v%04x-%-12.10u|%+d%%%#X\u00E9"), L"v0001-2147483648  |+3%0XFFFFFFFF\u00E9");
+  EXPECT_EQ(version.ToString(L"none"), L"none");
+  for (const wchar_t* format : {L"", L"%s", L"%n", L"%", L"%5", L"%*d", L"%ll", L"%lld", L"%f", L"%-%", L"%d%d%d%d%d",
+                                L"%300d", L"%99999999999d", L"%.d"}) {
+    if (std::wstring_view(format) == L"%.d") {
+      EXPECT_EQ(version.ToString(format), L"1");
+      continue;
+    }
+    EXPECT_NE(FailureOf([&] { version.ToString(format); }).find("Can't generate a valid version string"),
+              std::string::npos)
+        << StringUtilities::Utf16ToUtf8(format);
+  }
+  EXPECT_NE(FailureOf([&] { version.ToString(nullptr); }), "");
+}
+
+TEST(Version, IsDeletedThroughItsBase) {
+  struct Derived : Version {
+    explicit Derived(bool& deleted) : deleted_(deleted) {}
+    ~Derived() override { deleted_ = true; }
+    bool& deleted_;
+  };
+  bool deleted = false;
+  std::unique_ptr<Version>(new Derived(deleted)).reset();
+  EXPECT_TRUE(deleted);
+}
+
+}  // namespace
+}  // namespace Zelto::Utilities
