@@ -49,9 +49,10 @@ double TimeCalls(Operation& operation, std::size_t calls) {
 }
 
 /// Times two operations in turns, so that what else the machine does meets both. Each measurement repeats its operation
-/// for at least `batch_ns`; which of the two goes first changes from pair to pair.
+/// for at least `batch_ns`, which is short beside a scheduler's turn; which of the two goes first changes from pair to
+/// pair.
 template <typename Ours, typename Peer>
-Comparison Compare(Ours&& ours, Peer&& peer, std::size_t pairs = 51, double batch_ns = 1e6) {
+Comparison Compare(Ours&& ours, Peer&& peer, std::size_t pairs = 151, double batch_ns = 1e5) {
   const auto calls_for = [batch_ns](auto& operation) {
     const double once = std::max(TimeCalls(operation, 1), 1.0);
     const double warm = std::max(TimeCalls(operation, static_cast<std::size_t>(batch_ns / once) + 1), 1.0);

@@ -80,6 +80,38 @@ TEST(UtfConversion, FindsOtherCharactersAtEveryPlace) {
   }
 }
 
+// Long text is converted in parts of some hundred units: characters lie across every border between them.
+TEST(UtfConversion, ConvertsLongTextOfEveryLengthOfCharacter) {
+  for (const std::uint32_t value : {0x41U, 0xE9U, 0x20ACU, 0x1F600U}) {
+    const bool pair = value > 0xFFFFU;
+    const std::wstring encoded = pair ? Units({0xD83D, 0xDE00}) : Units({value});
+    const std::wstring decoded = pair ? Units({0xE600}) : Units({value});
+    for (std::size_t shift = 0; shift < 5; ++shift) {
+      std::wstring source(shift, L'a');
+      std::wstring result = source;
+      std::string bytes(shift, 'a');
+      for (std::size_t i = 0; i < 1100; ++i) {
+        source += encoded;
+        result += decoded;
+        bytes += Encoded(value);
+      }
+      ASSERT_EQ(StringUtilities::Utf16ToUtf8(source), bytes);
+      ASSERT_EQ(StringUtilities::Utf8ToUtf16(bytes), result);
+      ASSERT_TRUE(RefusesUtf8(bytes + "\xE2\x82"));
+      ASSERT_TRUE(RefusesUtf16(source + static_cast<wchar_t>(0xD83D)));
+    }
+  }
+  std::string bytes;
+  for (int i = 0; i < 1100; ++i) {
+    bytes += "\xF0\x9F\x98\x80";
+  }
+  std::wstring characters;
+  for (int i = 0; i < 1100; ++i) {
+    characters += L"\U0001F600";
+  }
+  EXPECT_EQ(StringUtilities::Utf16ToUtf8(characters), bytes);
+}
+
 TEST(UtfConversion, RefusesEveryMalformedSequence) {
   for (const char* bytes : {"\x80",
                             "\xBF",

@@ -2,14 +2,29 @@
 #include "zelto/text/utf16_units.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <limits>
+#include <numeric>
 #include <stdexcept>
 
 namespace Zelto::Utilities {
 namespace {
 
-// Bytes or units that are looked at in one step: a loop of this fixed length compiles to vector instructions.
-constexpr std::size_t kBlock = 16;
+// Text of other scripts is converted in parts, each into a buffer on the stack: short text is allocated once with its
+// final length, and what is written beyond a run of ASCII does no harm.
+constexpr std::size_t kPart = 512;
+
+// Bytes that are looked at in one step: a loop of this fixed length compiles to vector instructions.
+constexpr std::size_t kBlock = 64;
+
+// Bytes, or units, whose flags fit into one word, the first one in its lowest byte.
+constexpr std::size_t kWord = sizeof(std::uint64_t);
+constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+static_assert(std::endian::native == std::endian::little);
 
 [[noreturn]] void ThrowBadConversion() {
   throw std::range_error("bad conversion");
@@ -23,152 +38,243 @@ std::wstring_view UpToZero(std::wstring_view text) noexcept {
   return text.substr(0, text.find(L'\0'));
 }
 
-bool IsAsciiBlock(const char* bytes) noexcept {
-  std::uint64_t words[kBlock / sizeof(std::uint64_t)];
-  std::memcpy(words, bytes, kBlock);
-  return ((words[0] | words[1]) & 0x8080808080808080U) == 0;
+constexpr std::uint32_t ByteValue(char byte) noexcept {
+  return static_cast<unsigned char>(byte);
 }
 
-// The bits that are set in any unit of the block.
-std::uint32_t BitsOfBlock(const wchar_t* units) noexcept {
-  std::uint32_t bits = 0;
-  for (std::size_t i = 0; i < kBlock; ++i) {
-    bits |= ValueOf(units[i]);
+constexpr bool IsAscii(char byte) noexcept {
+  return ByteValue(byte) <= 0x7FU;
+}
+
+constexpr bool IsContinuation(char byte) noexcept {
+  return (ByteValue(byte) & 0xC0U) == 0x80U;
+}
+
+// The length of the longest start of a text that is ASCII.
+std::size_t CountAscii(std::string_view text) noexcept {
+  std::size_t count = 0;
+  for (; text.size() - count >= kBlock; count += kBlock) {
+    std::uint8_t bits = 0;
+    for (std::size_t i = 0; i < kBlock; ++i) {
+      bits = static_cast<std::uint8_t>(bits | ByteValue(text[count + i]));
+    }
+    if (bits > 0x7FU) {
+      break;
+    }
   }
-  return bits;
-}
-
-constexpr bool IsContinuation(unsigned char byte) noexcept {
-  return (byte & 0xC0U) == 0x80U;
+  while (count < text.size() && IsAscii(text[count])) {
+    ++count;
+  }
+  return count;
 }
 
 // In well-formed UTF-8 every character has exactly one byte that is no continuation.
 std::size_t CountCharacters(std::string_view bytes) noexcept {
+  constexpr std::size_t kLanes = 16;
+  constexpr std::size_t kMostRounds = std::numeric_limits<std::uint8_t>::max();
   std::size_t count = 0;
-  for (const char byte : bytes) {
-    count += static_cast<signed char>(byte) >= -0x40 ? 1U : 0U;
+  while (bytes.size() >= kLanes) {
+    // Counters of eight bits, added up before one can overflow.
+    std::array<std::uint8_t, kLanes> counters{};
+    const std::size_t size = std::min(bytes.size() / kLanes, kMostRounds) * kLanes;
+    for (std::size_t start = 0; start < size; start += kLanes) {
+      for (std::size_t i = 0; i < kLanes; ++i) {
+        counters[i] = static_cast<std::uint8_t>(counters[i] + (IsContinuation(bytes[start + i]) ? 0 : 1));
+      }
+    }
+    count = std::accumulate(counters.begin(), counters.end(), count);
+    bytes.remove_prefix(size);
   }
-  return count;
+  return count + static_cast<std::size_t>(
+                     std::count_if(bytes.begin(), bytes.end(), [](char byte) { return !IsContinuation(byte); }));
 }
 
-// How long the sequence of a leading byte is and between which bounds its second byte must be: this is where overlong
-// forms, surrogates and characters above U+10FFFF show. A length of 0 is no leading byte.
-struct Lead {
-  unsigned length;
-  unsigned char low;
-  unsigned char high;
+// Decodes the sequence of two bytes at `at`.
+inline wchar_t DecodeTwoBytes(const char* at, const char* end) {
+  if (ByteValue(at[0]) < 0xC2U || end - at < 2 || !IsContinuation(at[1])) {
+    ThrowBadConversion();
+  }
+  return static_cast<wchar_t>((ByteValue(at[0]) & 0x1FU) << 6 | (ByteValue(at[1]) & 0x3FU));
+}
+
+// Decodes the sequence of three bytes at `at`. Overlong forms and surrogates show in the value.
+inline wchar_t DecodeThreeBytes(const char* at, const char* end) {
+  if (end - at < 3) {
+    ThrowBadConversion();
+  }
+  // A continuation with its highest bit turned over is below 0x40: then the value is made of the bits of all three.
+  const std::uint32_t second = ByteValue(at[1]) ^ 0x80U;
+  const std::uint32_t third = ByteValue(at[2]) ^ 0x80U;
+  const std::uint32_t value = (ByteValue(at[0]) & 0x0FU) << 12 | second << 6 | third;
+  if ((second | third) > 0x3FU || value <= 0x7FFU || IsSurrogate(value)) {
+    ThrowBadConversion();
+  }
+  return static_cast<wchar_t>(value);
+}
+
+// Decodes the sequence of four bytes at `at`: its character has no unit of its own.
+inline wchar_t DecodeFourBytes(const char* at, const char* end) {
+  if (end - at < 4 || (ByteValue(at[0]) & 0xF8U) != 0xF0U || !IsContinuation(at[1]) || !IsContinuation(at[2]) ||
+      !IsContinuation(at[3])) {
+    ThrowBadConversion();
+  }
+  const std::uint32_t value = (ByteValue(at[0]) & 0x07U) << 18 | (ByteValue(at[1]) & 0x3FU) << 12 |
+                              (ByteValue(at[2]) & 0x3FU) << 6 | (ByteValue(at[3]) & 0x3FU);
+  if (value <= 0xFFFFU || value > kMaximumCodePoint) {
+    ThrowBadConversion();
+  }
+  // Cut to 16 bits it could pass for a quotation mark or a backslash.
+  return static_cast<wchar_t>(0xE000U + (value & 0xFFFU));
+}
+
+// Where a conversion has come to.
+struct Decoded {
+  const char* at;
+  wchar_t* to;
 };
 
-constexpr Lead LeadOf(unsigned char byte) noexcept {
-  if (byte < 0xC2U) {
-    return {0, 0, 0};
-  }
-  if (byte < 0xE0U) {
-    return {2, 0x80, 0xBF};
-  }
-  if (byte < 0xF0U) {
-    return {3, static_cast<unsigned char>(byte == 0xE0U ? 0xA0 : 0x80),
-            static_cast<unsigned char>(byte == 0xEDU ? 0x9F : 0xBF)};
-  }
-  if (byte < 0xF5U) {
-    return {4, static_cast<unsigned char>(byte == 0xF0U ? 0x90 : 0x80),
-            static_cast<unsigned char>(byte == 0xF4U ? 0x8F : 0xBF)};
-  }
-  return {0, 0, 0};
-}
-
-// Decodes the sequence of more than one byte at `at`, and moves behind it.
-wchar_t DecodeSequence(const char*& at, const char* end) {
-  const auto byte = [&at](unsigned index) { return static_cast<unsigned char>(at[index]); };
-  const Lead lead = LeadOf(byte(0));
-  if (lead.length == 0 || static_cast<std::size_t>(end - at) < lead.length || byte(1) < lead.low ||
-      byte(1) > lead.high) {
-    ThrowBadConversion();
-  }
-  std::uint32_t value = (byte(0) & (0x7FU >> lead.length)) << 6 | (byte(1) & 0x3FU);
-  for (unsigned index = 2; index < lead.length; ++index) {
-    if (!IsContinuation(byte(index))) {
-      ThrowBadConversion();
+// Decodes from `at` on until `stop` is reached or passed; the text goes on to `end`. Up to a word more is overwritten.
+Decoded DecodePart(const char* at, const char* stop, const char* end, wchar_t* to) {
+  while (at < stop) {
+    if (static_cast<std::size_t>(end - at) >= kWord) {
+      // A whole word is widened, and then taken as far as it is ASCII. Without a byte above ASCII all 64 bits are zero.
+      std::uint64_t word = 0;
+      std::memcpy(&word, at, kWord);
+      for (std::size_t i = 0; i < kWord; ++i) {
+        to[i] = static_cast<wchar_t>(ByteValue(at[i]));
+      }
+      const std::size_t ascii = static_cast<std::size_t>(std::countr_zero(word & kHighBits)) / 8;
+      at += ascii;
+      to += ascii;
+      if (ascii == kWord) {
+        continue;
+      }
+    } else if (IsAscii(*at)) {
+      *to++ = static_cast<wchar_t>(*at++);
+      continue;
     }
-    value = value << 6 | (byte(index) & 0x3FU);
+    do {
+      const std::uint32_t first = ByteValue(*at);
+      if (first < 0xE0U) {
+        *to++ = DecodeTwoBytes(at, end);
+        at += 2;
+      } else if (first < 0xF0U) {
+        // Characters of three bytes mostly stand together.
+        do {
+          *to++ = DecodeThreeBytes(at, end);
+          at += 3;
+        } while (at < stop && (ByteValue(*at) & 0xF0U) == 0xE0U);
+      } else {
+        *to++ = DecodeFourBytes(at, end);
+        at += 4;
+      }
+    } while (at < stop && !IsAscii(*at));
   }
-  at += lead.length;
-  // One unit for a character that has none of its own: cut to 16 bits it could pass for a quotation mark or a
-  // backslash.
-  return static_cast<wchar_t>(value > 0xFFFFU ? 0xE000U + (value & 0xFFFU) : value);
+  return {at, to};
 }
 
-// How many bytes the units need if they are valid: each unit of a pair counts two.
-std::size_t CountBytes(std::wstring_view units) noexcept {
-  std::size_t count = units.size();
-  for (const wchar_t character : units) {
-    const std::uint32_t value = ValueOf(character);
-    count += (value > 0x7FU ? 1U : 0U) + (value > 0x7FFU ? 1U : 0U) + (value > 0xFFFFU ? 1U : 0U) -
-             (IsSurrogate(value) ? 1U : 0U);
+constexpr bool TakesThreeBytes(std::uint32_t value) noexcept {
+  return value > 0x7FFU && value <= 0xFFFFU && !IsSurrogate(value);
+}
+
+inline char* PutFourBytes(std::uint32_t character, char* to) noexcept {
+  to[0] = static_cast<char>(0xF0U | character >> 18);
+  to[1] = static_cast<char>(0x80U | (character >> 12 & 0x3FU));
+  to[2] = static_cast<char>(0x80U | (character >> 6 & 0x3FU));
+  to[3] = static_cast<char>(0x80U | (character & 0x3FU));
+  return to + 4;
+}
+
+// Narrows whole blocks as long as they are ASCII, and returns the number of units. A block that is not may have been
+// written too.
+std::size_t NarrowAsciiBlocks(std::wstring_view units, char* to) noexcept {
+  const wchar_t* const at = units.data();
+  std::size_t count = 0;
+  for (; units.size() - count >= kBlock; count += kBlock) {
+    std::uint32_t bits = 0;
+    for (std::size_t i = 0; i < kBlock; ++i) {
+      bits |= ValueOf(at[count + i]);
+      to[count + i] = static_cast<char>(at[count + i]);
+    }
+    if (bits > 0x7FU) {
+      break;
+    }
   }
   return count;
 }
 
-char* EncodeSequence(std::uint32_t value, char* to) noexcept {
-  const auto put = [&to](std::uint32_t byte) { *to++ = static_cast<char>(byte); };
-  if (value <= 0x7FU) {
-    put(value);
-  } else if (value <= 0x7FFU) {
-    put(0xC0U | value >> 6);
-    put(0x80U | (value & 0x3FU));
-  } else if (value <= 0xFFFFU) {
-    put(0xE0U | value >> 12);
-    put(0x80U | (value >> 6 & 0x3FU));
-    put(0x80U | (value & 0x3FU));
-  } else {
-    put(0xF0U | value >> 18);
-    put(0x80U | (value >> 12 & 0x3FU));
-    put(0x80U | (value >> 6 & 0x3FU));
-    put(0x80U | (value & 0x3FU));
-  }
-  return to;
-}
+// Where a conversion has come to.
+struct Encoded {
+  const wchar_t* at;
+  char* to;
+};
 
-// The character at `at`, which moves behind it.
-std::uint32_t ReadCharacter(const wchar_t*& at, const wchar_t* end) {
-  const std::uint32_t value = ValueOf(*at++);
-  if (!IsSurrogate(value)) {
-    if (value > kMaximumCodePoint) {
-      ThrowBadConversion();
+// Encodes from `at` on until `stop` is reached or passed; the text goes on to `end`.
+Encoded EncodePart(const wchar_t* at, const wchar_t* stop, const wchar_t* end, char* to) {
+  const std::size_t ascii = NarrowAsciiBlocks({at, static_cast<std::size_t>(stop - at)}, to);
+  at += ascii;
+  to += ascii;
+  while (at < stop) {
+    std::uint32_t value = ValueOf(*at);
+    // Characters of one length mostly stand together.
+    while (value <= 0x7FU) {
+      *to++ = static_cast<char>(value);
+      if (++at == stop) {
+        return {at, to};
+      }
+      value = ValueOf(*at);
     }
-    return value;
+    while (TakesThreeBytes(value)) {
+      to[0] = static_cast<char>(0xE0U | value >> 12);
+      to[1] = static_cast<char>(0x80U | (value >> 6 & 0x3FU));
+      to[2] = static_cast<char>(0x80U | (value & 0x3FU));
+      to += 3;
+      if (++at == stop) {
+        return {at, to};
+      }
+      value = ValueOf(*at);
+    }
+    if (value > 0x7FFU) {
+      if (IsHighSurrogate(value) && end - at >= 2 && IsLowSurrogate(ValueOf(at[1]))) [[likely]] {
+        to = PutFourBytes(0x10000U + ((value & 0x3FFU) << 10) + (ValueOf(at[1]) & 0x3FFU), to);
+        at += 2;
+      } else if (value > 0xFFFFU && value <= kMaximumCodePoint) {
+        to = PutFourBytes(value, to);
+        ++at;
+      } else {
+        ThrowBadConversion();
+      }
+    } else if (value > 0x7FU) {
+      to[0] = static_cast<char>(0xC0U | value >> 6);
+      to[1] = static_cast<char>(0x80U | (value & 0x3FU));
+      to += 2;
+      ++at;
+    }
   }
-  if (!IsHighSurrogate(value) || at == end || !IsLowSurrogate(ValueOf(*at))) {
-    ThrowBadConversion();
-  }
-  return 0x10000U + ((value & 0x3FFU) << 10) + (ValueOf(*at++) & 0x3FFU);
+  return {at, to};
 }
 
 }  // namespace
 
 std::wstring StringUtilities::Utf8ToUtf16(std::string_view text) {
   text = UpToZero(text);
-  std::wstring result(CountCharacters(text), L'\0');
-  wchar_t* to = result.data();
+  const std::size_t ascii = CountAscii(text);
+  if (ascii == text.size()) {
+    return std::wstring(text.begin(), text.end());
+  }
+  // A byte gives at most one unit; a sequence that begins in one part may end in the next.
+  wchar_t units[kPart + kWord];
+  std::wstring result;
+  if (text.size() > kPart) {
+    result.reserve(CountCharacters(text));
+  }
   const char* at = text.data();
   const char* const end = at + text.size();
   while (at != end) {
-    while (static_cast<std::size_t>(end - at) >= kBlock && IsAsciiBlock(at)) {
-      for (std::size_t i = 0; i < kBlock; ++i) {
-        to[i] = static_cast<wchar_t>(at[i]);
-      }
-      at += kBlock;
-      to += kBlock;
-    }
-    // Up to the end of a block, so that text of other scripts does not look for ASCII at every character.
-    const char* const stop = end - at > static_cast<std::ptrdiff_t>(kBlock) ? at + kBlock : end;
-    while (at < stop) {
-      if (static_cast<signed char>(*at) >= 0) {
-        *to++ = static_cast<wchar_t>(*at++);
-      } else {
-        *to++ = DecodeSequence(at, end);
-      }
-    }
+    const char* const stop = at + std::min(kPart, static_cast<std::size_t>(end - at));
+    const Decoded decoded = DecodePart(at, stop, end, units);
+    at = decoded.at;
+    result.append(units, static_cast<std::size_t>(decoded.to - units));
   }
   return result;
 }
@@ -178,22 +284,21 @@ void StringUtilities::Utf8ToUtf16(std::string_view text, std::wstring& target) {
 }
 
 std::string StringUtilities::Utf16ToUtf8(std::wstring_view text) {
-  std::string result(CountBytes(text), '\0');
-  char* to = result.data();
+  // A unit gives at most three bytes, or four when it stands for a pair; the last one may be the first of a pair.
+  char bytes[4 * kPart];
+  std::string result;
   const wchar_t* at = text.data();
   const wchar_t* const end = at + text.size();
   while (at != end) {
-    while (static_cast<std::size_t>(end - at) >= kBlock && BitsOfBlock(at) <= 0x7FU) {
-      for (std::size_t i = 0; i < kBlock; ++i) {
-        to[i] = static_cast<char>(at[i]);
-      }
-      at += kBlock;
-      to += kBlock;
+    const wchar_t* const stop = at + std::min(kPart, static_cast<std::size_t>(end - at));
+    const Encoded encoded = EncodePart(at, stop, end, bytes);
+    at = encoded.at;
+    const auto size = static_cast<std::size_t>(encoded.to - bytes);
+    if (result.empty()) {
+      // The first part tells how much the others may need.
+      result.reserve(at == end ? size : size * (text.size() / kPart + 1));
     }
-    const wchar_t* const stop = end - at > static_cast<std::ptrdiff_t>(kBlock) ? at + kBlock : end;
-    while (at < stop) {
-      to = EncodeSequence(ReadCharacter(at, end), to);
-    }
+    result.append(bytes, size);
   }
   return result;
 }
