@@ -12,7 +12,7 @@
 namespace Zelto::Utilities {
 
 /// A version as outside interfaces lay it out: the reverse of the reading order.
-struct _CVersion {
+struct _CVersion {  // NOLINT(bugprone-reserved-identifier): the name that outside interfaces use
   std::uint32_t revision;
   std::uint32_t build;
   std::uint32_t minor;

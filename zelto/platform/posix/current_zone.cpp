@@ -19,7 +19,7 @@ namespace {
 constexpr char kSystemZone[] = "/etc/localtime";
 constexpr char kZoneFolder[] = "/usr/share/zoneinfo";
 constexpr std::size_t kMaximumNameSize = 255;
-constexpr std::size_t kMaximumFileSize = 32 * 1024;  // the largest file in use has less than a ninth of it
+constexpr std::size_t kMaximumFileSize = 32'768;  // the largest file in use has less than a ninth of it
 constexpr time_t kRecheckSeconds = 1;
 
 // What this thread found last. Trivially destructible: it may be asked while the thread or the process ends.
@@ -124,7 +124,7 @@ ZoneRecord CurrentZone() noexcept {
     known.has_name = name != nullptr;
     known.checked = now;
     if (name != nullptr) {
-      std::strcpy(known.name.data(), name);
+      std::memcpy(known.name.data(), name, std::strlen(name) + 1);
     }
   }
   return known.zone;
