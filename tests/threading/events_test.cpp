@@ -1,0 +1,60 @@
+#include "zelto/platform/errors.h"
+#include "zelto/text/exceptions/win32_exception.h"
+#include "zelto/threading/critical_section.h"
+#include "zelto/threading/event_access_control.h"
+#include "zelto/threading/wait_for_objects.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <mutex>
+#include <thread>
+
+namespace Zelto::Utilities {
+namespace {
+
+TEST(Events, WaitsSeeWhatAnotherThreadSignals) {
+  const std::array events{EventAccessControl::CreateLocalEvent(), EventAccessControl::CreateLocalEvent()};
+  EXPECT_EQ(WaitForObjects::WaitForMultipleObjects(events, false, 0), Platform::kWaitTimeout);
+  std::thread signaller([&] { EventAccessControl::SetEvent(events[1]); });
+  EXPECT_EQ(WaitForObjects::WaitForMultipleObjects(events, false, Platform::kInfinite), 1U);
+  signaller.join();
+  EXPECT_EQ(WaitForObjects::WaitForMultipleObjects(events, true, 0), Platform::kWaitTimeout);
+  EXPECT_EQ(WaitForObjects::WaitForSingleObject(events[1], 0), 0U);
+  EventAccessControl::ResetEvent(events[1]);
+  EXPECT_EQ(WaitForObjects::WaitForSingleObject(events[1], 0), Platform::kWaitTimeout);
+}
+
+TEST(Events, AnEmptyHandleIsAnError) {
+  EXPECT_EQ(WaitForObjects::WaitForSingleObject(SharedHandle(), 0), Platform::kWaitFailed);
+  for (const auto operation : {EventAccessControl::SetEvent, EventAccessControl::ResetEvent}) {
+    try {
+      operation(SharedHandle());
+      FAIL();
+    } catch (const Win32Exception& error) {
+      EXPECT_EQ(error.GetErrorCode(), Platform::kInvalidHandle);
+    }
+  }
+}
+
+TEST(CriticalSection, ItsOwnerMayTakeItAgainAndOthersMayNot) {
+  CriticalSection section;
+  std::unique_lock outer(section);
+  const auto free_for_others = [&section] {
+    bool taken = false;
+    std::thread([&] {
+      taken = section.try_lock();
+      if (taken) {
+        section.Unlock();
+      }
+    }).join();
+    return taken;
+  };
+  { std::lock_guard inner(section); }
+  EXPECT_FALSE(free_for_others());
+  outer.unlock();
+  EXPECT_TRUE(free_for_others());
+}
+
+}  // namespace
+}  // namespace Zelto::Utilities
