@@ -4,6 +4,13 @@
 
 #include <zelto/export.h>
 #include <zelto/files/file_appender.h>
+#include <zelto/pipes/active_named_pipe_server_connection.h>
+#include <zelto/pipes/async_io_buffer.h>
+#include <zelto/pipes/async_named_pipe_client.h>
+#include <zelto/pipes/multi_client_named_pipe_server.h>
+#include <zelto/pipes/named_pipe_instance.h>
+#include <zelto/pipes/named_pipe_message_encoding.h>
+#include <zelto/pipes/pipe_authentication.h>
 #include <zelto/platform/calendar.h>
 #include <zelto/platform/calendar_types_fwd.h>
 #include <zelto/platform/errors.h>
@@ -29,6 +36,11 @@
 #include <zelto/text/string_utilities.h>
 #include <zelto/text/url_encoding.h>
 #include <zelto/text/wildcard_pattern.h>
+#include <zelto/threading/critical_section.h>
+#include <zelto/threading/event_access_control.h>
+#include <zelto/threading/serial_task_queue.h>
+#include <zelto/threading/task.h>
+#include <zelto/threading/wait_for_objects.h>
 #include <zelto/time/stopwatch.h>
 #include <zelto/time/time_span.h>
 #include <zelto/time/time_unit_converter.h>

@@ -1,0 +1,357 @@
+#include "tests/pipes/pipe_fixture.h"
+
+#include <functional>
+#include <future>
+#include <optional>
+#include <stdexcept>
+#include <thread>
+
+namespace Zelto::Utilities {
+namespace {
+
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+constexpr std::chrono::seconds kPrompt{1};
+
+auto MakeServer(
+    const std::wstring& name, MessageReceivedCallback message_received,
+    ClientDroppedCallback client_dropped = [](unsigned int) {}) {
+  return MultiClientNamedPipeServer::Create(name, std::move(message_received), Encoding::Utf8, 5000, 4096, false,
+                                            std::move(client_dropped));
+}
+
+/// Opens a client whose server must end the connection.
+void ExpectDropped(AsyncNamedPipeClient& client) {
+  EXPECT_THROW(client.ReadMessage().get(), Win32Exception);
+}
+
+TEST(PipeServer, NumbersItsClientsAndHearsThemLeave) {
+  std::mutex mutex;
+  std::vector<std::thread::id> threads;  // of the message callback, then of the dropped callback
+  const auto note_thread = [&] {
+    const std::lock_guard guard(mutex);
+    threads.push_back(std::this_thread::get_id());
+  };
+  Happenings dropped;
+  const std::wstring name = UniquePipeName();
+  const auto server = MakeServer(
+      name,
+      [&](unsigned int id, const std::wstring&) {
+        note_thread();
+        return std::to_wstring(id);
+      },
+      [&](unsigned int id) {
+        note_thread();
+        dropped.Add(id);
+      });
+  EXPECT_EQ(server->GetPipeName(), L"\\\\.\\pipe\\" + name);
+  server->Stop();
+  EXPECT_FALSE(server->IsStarted());
+  for (int round = 0; round < 2; ++round) {
+    server->Start({});
+    server->Start({});
+    EXPECT_TRUE(server->IsStarted());
+    auto first = OpenClient(name);
+    EXPECT_EQ(Ask(*first, L"?"), std::to_wstring(2 * round));
+    auto second = OpenClient(name);
+    EXPECT_EQ(Ask(*second, L"?"), std::to_wstring(2 * round + 1));
+    first.reset();
+    EXPECT_TRUE(dropped.WaitFor(static_cast<std::size_t>(round) + 1));
+    server->Stop();  // the second client does not count as gone
+    server->Stop();
+    EXPECT_FALSE(server->IsStarted());
+    ExpectDropped(*second);
+  }
+  EXPECT_THAT(dropped.Ids(), ElementsAre(0, 2));
+  ASSERT_EQ(threads.size(), 6U);
+  EXPECT_EQ(threads[0], threads[2]);
+  EXPECT_THROW(MakeServer(L"", {}), std::runtime_error);
+}
+
+TEST(PipeServer, AnswersOnlyWhatIsNotEmptyAndTakesANewCallback) {
+  const std::wstring name = UniquePipeName();
+  const auto server = MakeServer(name, [](unsigned int, const std::wstring& message) {
+    return message == L"quiet" ? std::wstring() : L"old " + message;
+  });
+  server->Start({});
+  const auto client = OpenClient(name);
+  client->WriteMessage(L"quiet").get();
+  client->WriteMessage(L"").get();  // asks nobody
+  EXPECT_EQ(Ask(*client, L"loud"), L"old loud");
+  server->SetReceiveCallBack([](unsigned int, const std::wstring& message) { return L"new " + message; });
+  EXPECT_EQ(Ask(*client, L"one"), L"new one");
+  EXPECT_EQ(Ask(*OpenClient(name), L"two"), L"new two");
+  server->SetReceiveCallBack({});
+  EXPECT_EQ(server->CallMessageReceivedCallback(7, L"x"), L"");
+}
+
+TEST(PipeServer, RefusesWhomTheCallbackRefuses) {
+  const DiagnosticsRecorder diagnostics;
+  const EchoServer echo;
+  std::atomic<int> asked = 0;
+  echo.Start([&asked](const SharedHandle& pipe, bool server_side) -> bool {
+    EXPECT_TRUE(server_side);
+    EXPECT_EQ(PipePeerIdentity::Of(pipe, server_side).process_id, Platform::CurrentProcessId());
+    switch (asked++) {
+      case 0:
+        return false;
+      case 1:
+        throw std::runtime_error("no such certificate");
+      default:
+        return true;
+    }
+  });
+  for (int refused = 0; refused < 2; ++refused) {
+    const auto client = OpenClient(echo.name);
+    ExpectDropped(*client);
+  }
+  EXPECT_EQ(Ask(*OpenClient(echo.name), L"friend"), L"0:friend");
+  EXPECT_TRUE(diagnostics.Heard(L"no such certificate"));
+  EXPECT_TRUE(echo.dropped->WaitFor(1));
+  EXPECT_THAT(echo.dropped->Ids(), ElementsAre(0));
+}
+
+TEST(PipeServer, SurvivesItsClients) {
+  struct Case {
+    const char* name;
+    std::function<void(const EchoServer&)> misbehave;
+    const wchar_t* told;
+  };
+  const Case cases[] = {
+      {"connects and vanishes", [](const EchoServer& echo) { BareEnd::Open(echo.name); }, nullptr},
+      {"writes and vanishes",
+       [](const EchoServer& echo) { EXPECT_EQ(BareEnd::Open(echo.name).Write("hello"), Platform::kSuccess); }, nullptr},
+      {"sends invalid UTF-8",
+       [](const EchoServer& echo) {
+         BareEnd client = BareEnd::Open(echo.name);
+         EXPECT_EQ(client.Write("\xC3\x28"), Platform::kSuccess);
+         EXPECT_NE(client.Read().first, Platform::kSuccess);
+       },
+       L"Exception reading data from client: bad conversion"},
+      {"makes the callback throw",
+       [](const EchoServer& echo) {
+         const auto client = OpenClient(echo.name);
+         client->WriteMessage(L"throw").get();
+         ExpectDropped(*client);
+       },
+       L"as asked"},
+      {"makes the answer unfit",
+       [](const EchoServer& echo) {
+         const auto client = OpenClient(echo.name);
+         client->WriteMessage(L"unfit").get();
+         ExpectDropped(*client);
+       },
+       L"Exception writing data to the client : bad conversion"},
+      {"exceeds the size limit",
+       [](const EchoServer& echo) {
+         const auto client = OpenClient(echo.name);
+         client->WriteMessage(std::wstring(100001, L'x'), false);
+         ExpectDropped(*client);
+       },
+       L"Message exceeds the maximum size"},
+  };
+  const EchoServer echo;
+  echo.server->SetMaximumMessageSize(100000);
+  echo.server->SetReceiveCallBack([](unsigned int, const std::wstring& message) {
+    if (message == L"throw") {
+      throw std::runtime_error("as asked");
+    }
+    return message == L"unfit" ? std::wstring(L"\xD800") : message;
+  });
+  echo.Start();
+  const auto bystander = OpenClient(echo.name);
+  EXPECT_EQ(Ask(*bystander, L"first"), L"first");
+  std::size_t gone = 0;
+  for (const Case& way : cases) {
+    SCOPED_TRACE(way.name);
+    const DiagnosticsRecorder diagnostics;
+    way.misbehave(echo);
+    EXPECT_TRUE(echo.dropped->WaitFor(++gone));
+    EXPECT_TRUE(way.told == nullptr || diagnostics.Heard(way.told));
+    EXPECT_EQ(Ask(*bystander, std::wstring(50000, L'b')), std::wstring(50000, L'b'));
+    EXPECT_EQ(Ask(*OpenClient(echo.name), L"newcomer"), L"newcomer");
+    EXPECT_TRUE(echo.dropped->WaitFor(++gone));
+  }
+  EXPECT_EQ(echo.dropped->Ids().size(), gone);
+}
+
+TEST(PipeServer, SurvivesItsDroppedCallback) {
+  const std::pair<ClientDroppedCallback, const wchar_t*> cases[] = {
+      {nullptr, L"bad_function_call"},
+      {[](unsigned int) { throw std::runtime_error("cannot forget"); }, L"cannot forget"},
+  };
+  for (const auto& [callback, told] : cases) {
+    const DiagnosticsRecorder diagnostics;
+    const std::wstring name = UniquePipeName();
+    const auto server = MakeServer(
+        name, [](unsigned int id, const std::wstring&) { return std::to_wstring(id); }, callback);
+    server->Start({});
+    OpenClient(name).reset();
+    EXPECT_TRUE(diagnostics.Heard(told));
+    EXPECT_EQ(Ask(*OpenClient(name), L"?"), L"1");
+  }
+  EXPECT_THROW(MakeServer(L"x", {}, nullptr)->CallClientDroppedCallback(0), std::bad_function_call);
+}
+
+/// Writes requests and never reads until the server's answer is stuck: then the server reads no more, either.
+void StopReading(AsyncNamedPipeClient& client) {
+  client.SetTimeout(300);
+  EXPECT_THROW(
+      {
+        for (int i = 0; i < 100000; ++i) {
+          client.WriteMessage(std::wstring(60000, L'w')).get();
+        }
+      },
+      std::runtime_error);
+}
+
+TEST(PipeServer, StopsPromptlyWhateverItsClientsDo) {
+  const EchoServer echo;
+  echo.Start();
+  const auto idle = OpenClient(echo.name);
+  EXPECT_EQ(Ask(*idle, L"x"), L"0:x");
+  const auto never_reads = OpenClient(echo.name);
+  StopReading(*never_reads);
+  EXPECT_EQ(Ask(*idle, L"still there"), L"0:still there");
+  const auto start = Clock::now();
+  echo.server->Stop();
+  EXPECT_LT(Clock::now() - start, kPrompt);
+  EXPECT_THAT(echo.dropped->Ids(), ElementsAre());
+}
+
+TEST(PipeServer, GivesUpAnAnswerThatIsNotTaken) {
+  const EchoServer echo;
+  echo.Start();
+  const auto never_reads = OpenClient(echo.name);
+  StopReading(*never_reads);
+  EXPECT_TRUE(echo.dropped->WaitFor(1));  // ten seconds later
+  EXPECT_EQ(Ask(*OpenClient(echo.name), L"next"), L"1:next");
+}
+
+TEST(PipeServer, MayBeStoppedByItsOwnCallbacks) {
+  enum class Place {
+    Message,
+    Dropped,
+    Authentication
+  };
+  for (const Place place : {Place::Message, Place::Dropped, Place::Authentication}) {
+    for (const bool release : {false, true}) {
+      SCOPED_TRACE(testing::Message() << static_cast<int>(place) << (release ? " releases" : " stops"));
+      std::promise<void> stopped;
+      std::shared_ptr<MultiClientNamedPipeServer> server;
+      std::mutex mutex;  // the test waits until the callback is done with `server`
+      const auto stop = [&](Place here) {
+        const std::lock_guard guard(mutex);
+        if (here != place || !server) {
+          return;
+        }
+        if (release) {
+          server.reset();
+        } else {
+          server->Stop();
+        }
+        stopped.set_value();
+      };
+      const std::wstring name = UniquePipeName();
+      {
+        const std::lock_guard guard(mutex);
+        server = MakeServer(
+            name,
+            [&](unsigned int, const std::wstring& message) {
+              stop(Place::Message);
+              return message;
+            },
+            [&](unsigned int) { stop(Place::Dropped); });
+        server->Start([&](const SharedHandle&, bool) {
+          stop(Place::Authentication);
+          return true;
+        });
+      }
+      auto client = OpenClient(name);
+      if (place != Place::Authentication) {
+        client->WriteMessage(L"x", false).wait();
+        client->SetTimeout(500);
+        client->ReadMessage().wait();
+      }
+      client.reset();
+      ASSERT_EQ(stopped.get_future().wait_for(kLimit), std::future_status::ready);
+      const std::lock_guard guard(mutex);
+      if (server) {
+        EXPECT_FALSE(server->IsStarted());
+        server->Stop();  // waits for what the callback could not wait for
+      }
+    }
+  }
+}
+
+TEST(PipeServer, WaitsForCallbacksThatRun) {
+  std::promise<void> entered;
+  std::promise<void> release;
+  std::atomic<bool> left = false;
+  const std::wstring name = UniquePipeName();
+  const auto server = MakeServer(name, [&](unsigned int, const std::wstring&) {
+    entered.set_value();
+    release.get_future().wait();
+    left = true;
+    return std::wstring(L"late");
+  });
+  server->Start({});
+  const auto client = OpenClient(name);
+  client->WriteMessage(L"x").get();
+  ASSERT_EQ(entered.get_future().wait_for(kLimit), std::future_status::ready);
+  auto stopping = std::async(std::launch::async, [&] {
+    server->Stop();
+    EXPECT_TRUE(left);
+    return Clock::now();
+  });
+  EXPECT_TRUE(Eventually([&] { return !server->IsStarted(); }));
+  const auto released = Clock::now();
+  release.set_value();
+  EXPECT_LT(stopping.get() - released, kPrompt);
+}
+
+TEST(PipeServer, KeepsTryingToListen) {
+  const DiagnosticsRecorder diagnostics;
+  const EchoServer echo;
+  std::optional<BareEnd> occupant = BareEnd::Listen(echo.name, 1);  // allows no second instance
+  echo.Start();
+  EXPECT_TRUE(diagnostics.Heard(L"Can't create named pipe"));
+  occupant.reset();
+  AsyncNamedPipeClient client(echo.name);
+  EXPECT_TRUE(Eventually([&] {
+    try {
+      client.Open();
+      return true;
+    } catch (const Win32Exception&) {
+      return false;
+    }
+  }));
+  EXPECT_EQ(Ask(client, L"x"), L"0:x");
+}
+
+TEST(PipeServerConnection, RunsWithoutAServerToo) {
+  const std::wstring name = UniquePipeName();
+  BareEnd end = BareEnd::Listen(name);
+  const auto client = OpenClient(name);
+  end.Accept();
+  auto instance = std::make_shared<NamedPipeInstance>();
+  instance->pipe = end.pipe;
+  Happenings dropped;
+  std::shared_ptr<ActiveNamedPipeServerConnection> connection = ActiveNamedPipeServerConnection::Create(
+      9, instance, 5000, 4096, Encoding::Utf8,
+      [](unsigned int id, const std::wstring& message) { return message + std::to_wstring(id); },
+      [&](unsigned int id) { dropped.Add(id); });
+  EXPECT_FALSE(connection->IsRunning());
+  connection->Start();
+  EXPECT_TRUE(connection->IsRunning());
+  EXPECT_EQ(Ask(*client, L"x"), L"x9");
+  client->Close();
+  EXPECT_TRUE(dropped.WaitFor(1));
+  EXPECT_TRUE(Eventually([&] { return !connection->IsRunning(); }));
+  connection->Stop();
+  EXPECT_THAT(dropped.Ids(), ElementsAre(9));
+}
+
+}  // namespace
+}  // namespace Zelto::Utilities

@@ -1,0 +1,102 @@
+#include "zelto/pipes/pipe_observer.h"
+
+#include "zelto/pipes/multi_client_named_pipe_server.h"
+#include "zelto/text/exceptions/win32_exception.h"
+#include "zelto/threading/failure_report.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <utility>
+
+namespace Zelto::Utilities {
+
+namespace {
+
+constexpr std::uint32_t kFirstRetryMs = 50;
+constexpr std::uint32_t kLastRetryMs = 2000;
+
+std::size_t InstancesToListenWith() noexcept {
+  return std::min(MultiClientNamedPipeServer::LISTENING_INSTANCES, Platform::ListeningInstances());
+}
+
+}  // namespace
+
+PipeObserver::PipeObserver(Platform::PipeSettings settings, SharedHandle stop, SharedHandle wake)
+    : settings_(std::move(settings)), stop_(std::move(stop)), wake_(std::move(wake)) {
+  listening_.reserve(InstancesToListenWith());
+}
+
+std::shared_ptr<NamedPipeInstance> PipeObserver::WaitForNewClient(std::uint32_t timeout_ms) {
+  ListenAgain();
+  std::vector<Platform::Waitable> things{stop_, wake_};
+  for (Listening& instance : listening_) {
+    things.emplace_back(*instance.connecting);
+  }
+  const std::uint32_t ready = Platform::WaitForAny(things, UntilRetry(timeout_ms));
+  if (ready == Platform::kWaitFailed) {
+    const Win32Exception error("Wait on overlap event failed");
+    Postpone();
+    Platform::WaitForEvent(stop_, UntilRetry(Platform::kInfinite));
+    throw error;
+  }
+  if (ready < 2 || ready >= things.size()) {
+    return nullptr;
+  }
+  const auto chosen = listening_.begin() + static_cast<std::ptrdiff_t>(ready - 2);
+  const Listening connected = std::move(*chosen);
+  listening_.erase(chosen);
+  std::uint32_t unused = 0;
+  const Platform::ErrorCode error = connected.connecting->Finish(unused);
+  ListenAgain();
+  if (error != Platform::kSuccess) {
+    throw Win32Exception("Error reading pending IO from named pipe while connecting. Error Code:", error);
+  }
+  return connected.instance;
+}
+
+PipeObserver::Listening PipeObserver::Connect() {
+  Listening listening{std::make_shared<NamedPipeInstance>(), nullptr};
+  NamedPipeInstance& instance = *listening.instance;
+  if (const Platform::ErrorCode error = Platform::CreatePipeInstance(settings_, instance.pipe);
+      error != Platform::kSuccess) {
+    throw Win32Exception("Can't create named pipe", error);
+  }
+  listening.connecting = std::make_unique<Platform::PipeOperation>(instance.pipe, instance.event, instance.overlapped);
+  const Platform::ErrorCode error = listening.connecting->BeginConnect();
+  if (error != Platform::kPipeConnected && error != Platform::kIoPending) {
+    throw Win32Exception("can't connect to client:", error);
+  }
+  return listening;
+}
+
+void PipeObserver::ListenAgain() noexcept {
+  if (failures_ != 0 && Clock::now() < retry_at_) {
+    return;
+  }
+  try {
+    while (listening_.size() < InstancesToListenWith()) {
+      listening_.push_back(Connect());
+      failures_ = 0;
+    }
+  } catch (...) {
+    ReportCurrentException(L"Exception listening on a named pipe");
+    Postpone();
+  }
+}
+
+void PipeObserver::Postpone() noexcept {
+  const std::uint32_t pause = std::min(kFirstRetryMs << std::min(failures_, 10U), kLastRetryMs);
+  ++failures_;
+  retry_at_ = Clock::now() + std::chrono::milliseconds(pause);
+}
+
+std::uint32_t PipeObserver::UntilRetry(std::uint32_t timeout_ms) const noexcept {
+  if (failures_ == 0) {
+    return timeout_ms;
+  }
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(retry_at_ - Clock::now()).count() + 1;
+  return std::min(timeout_ms, static_cast<std::uint32_t>(std::clamp<std::int64_t>(left, 0, kLastRetryMs)));
+}
+
+}  // namespace Zelto::Utilities

@@ -1,0 +1,52 @@
+/// @file
+/// How a server waits for clients. Not installed.
+#pragma once
+
+#include <zelto/pipes/named_pipe_instance.h>
+#include <zelto/platform/message_pipe.h>
+#include <zelto/platform/shared_handle.h>
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace Zelto::Utilities {
+
+/// Keeps a number of pipe instances listening and hands out each as a client connects to it. Belongs to one thread.
+///
+/// A failure is reported to the diagnostics sink and tried again after a pause, which grows to two seconds.
+class PipeObserver {
+ public:
+  /// @param stop, wake  events that end a wait
+  PipeObserver(Platform::PipeSettings settings, SharedHandle stop, SharedHandle wake);
+
+  /// Has instances listen where there are too few. What fails is reported, and left alone until its pause is over.
+  void ListenAgain() noexcept;
+
+  /// Waits for a client. By the time it returns another instance listens in place of the one it hands out.
+  ///
+  /// @return the instance; null when an event or the time-out came first
+  std::shared_ptr<NamedPipeInstance> WaitForNewClient(std::uint32_t timeout_ms);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  struct Listening {
+    std::shared_ptr<NamedPipeInstance> instance;
+    std::unique_ptr<Platform::PipeOperation> connecting;
+  };
+
+  Listening Connect();
+  std::uint32_t UntilRetry(std::uint32_t timeout_ms) const noexcept;
+  void Postpone() noexcept;
+
+  const Platform::PipeSettings settings_;
+  const SharedHandle stop_;
+  const SharedHandle wake_;
+  std::vector<Listening> listening_;
+  std::uint32_t failures_ = 0;
+  Clock::time_point retry_at_;
+};
+
+}  // namespace Zelto::Utilities
