@@ -64,5 +64,6 @@ void Run(std::size_t size) {
 
 int main() {
   Zelto::Bench::Run(16);
+  Zelto::Bench::Run(200);
   Zelto::Bench::Run(16384);
 }

@@ -5,8 +5,12 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 namespace Zelto::Utilities {
@@ -16,20 +20,19 @@ namespace {
 constexpr std::size_t kBytesPerQuantum = 3;
 constexpr std::size_t kCharactersPerQuantum = 4;
 constexpr wchar_t kPadding = L'=';
-constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// The two characters of every 12 bits.
-struct CharacterPair {
-  wchar_t first;
-  wchar_t second;
-};
-constexpr std::array<CharacterPair, 4096> kPairs = [] {
-  std::array<CharacterPair, 4096> pairs{};
-  for (std::size_t bits = 0; bits < pairs.size(); ++bits) {
-    pairs[bits] = {static_cast<wchar_t>(kAlphabet[bits >> 6]), static_cast<wchar_t>(kAlphabet[bits & 63])};
-  }
-  return pairs;
-}();
+// Quanta that are converted in one step. Every step is a loop of fixed length over lanes of one size, which compiles to
+// vector instructions.
+constexpr std::size_t kBlockQuanta = 16;
+constexpr std::size_t kBlockBytes = kBlockQuanta * kBytesPerQuantum;
+constexpr std::size_t kBlockCharacters = kBlockQuanta * kCharactersPerQuantum;
+using Lanes = std::array<std::uint32_t, kBlockQuanta>;
+using Sextets = std::array<std::int8_t, kBlockCharacters>;
+
+// A lane holds its first byte lowest.
+static_assert(std::endian::native == std::endian::little);
+
+constexpr std::string_view kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 // The value of a character at each of the four places of a quantum, shifted to where its bits belong. What is not in
 // the alphabet has the mark, which no sum of values reaches.
@@ -47,6 +50,18 @@ constexpr std::array<PlaceValues, kCharactersPerQuantum> kPlaces = [] {
   return places;
 }();
 
+// All bits where the condition holds: selects without a branch and in lanes of one byte.
+constexpr std::int8_t Mask(bool condition) {
+  return condition ? -1 : 0;
+}
+
+// The alphabet by arithmetic, for loops that become vector instructions.
+constexpr std::int8_t ComputeCharacter(std::int8_t sextet) {
+  return static_cast<std::int8_t>(sextet + 'A' + (Mask(sextet > 25) & ('a' - 'A' - 26)) +
+                                  (Mask(sextet > 51) & ('0' - 'a' - 26)) + (Mask(sextet > 61) & ('+' - '0' - 10)) +
+                                  (Mask(sextet > 62) & ('/' - '+' - 1)));
+}
+
 constexpr bool IsSkipped(wchar_t unit) {
   return unit == L' ' || unit == L'\t' || unit == L'\r' || unit == L'\n';
 }
@@ -55,14 +70,59 @@ constexpr bool IsSkipped(wchar_t unit) {
   throw std::runtime_error("Cannot decode base64 string");
 }
 
-wchar_t* WriteQuantum(std::uint32_t bits, wchar_t* out) {
-  const CharacterPair high = kPairs[bits >> 12];
-  const CharacterPair low = kPairs[bits & 0xFFF];
-  out[0] = high.first;
-  out[1] = high.second;
-  out[2] = low.first;
-  out[3] = low.second;
-  return out + kCharactersPerQuantum;
+// The bytes of a quantum, the first one lowest, as four sextets, the first one lowest.
+constexpr std::uint32_t SplitLane(std::uint32_t bytes) {
+  return (bytes >> 2 & 0x3F) | (bytes << 12 & 0x3000) | (bytes >> 4 & 0x0F00) | (bytes << 10 & 0x3C0000) |
+         (bytes >> 6 & 0x030000) | (bytes << 8 & 0x3F000000);
+}
+
+// Reads one byte more than a block.
+void EncodeBlock(const char* in, wchar_t* out) {
+  Lanes lanes;
+  for (std::size_t i = 0; i < kBlockQuanta; ++i) {
+    std::memcpy(&lanes[i], in + i * kBytesPerQuantum, sizeof(lanes[i]));
+  }
+  for (std::uint32_t& lane : lanes) {
+    lane = SplitLane(lane);
+  }
+  Sextets sextets;
+  std::memcpy(sextets.data(), lanes.data(), sizeof(sextets));
+  for (std::int8_t& sextet : sextets) {
+    sextet = ComputeCharacter(sextet);
+  }
+  for (std::size_t i = 0; i < kBlockCharacters; ++i) {
+    out[i] = static_cast<wchar_t>(sextets[i]);
+  }
+}
+
+constexpr std::uint32_t ByteOf(char byte) {
+  return static_cast<unsigned char>(byte);
+}
+
+void EncodeQuantum(std::uint32_t first, std::uint32_t second, std::uint32_t third, wchar_t* out) {
+  out[0] = static_cast<wchar_t>(kAlphabet[first >> 2]);
+  out[1] = static_cast<wchar_t>(kAlphabet[(first << 4 & 0x30) | second >> 4]);
+  out[2] = static_cast<wchar_t>(kAlphabet[(second << 2 & 0x3C) | third >> 6]);
+  out[3] = static_cast<wchar_t>(kAlphabet[third & 0x3F]);
+}
+
+std::wstring EncodeBytes(std::string_view bytes) {
+  std::wstring result(
+      (bytes.size() / kBytesPerQuantum + (bytes.size() % kBytesPerQuantum != 0)) * kCharactersPerQuantum, kPadding);
+  wchar_t* out = result.data();
+  for (; bytes.size() > kBlockBytes; out += kBlockCharacters) {
+    EncodeBlock(bytes.data(), out);
+    bytes.remove_prefix(kBlockBytes);
+  }
+  for (; bytes.size() >= kBytesPerQuantum; out += kCharactersPerQuantum) {
+    EncodeQuantum(ByteOf(bytes[0]), ByteOf(bytes[1]), ByteOf(bytes[2]), out);
+    bytes.remove_prefix(kBytesPerQuantum);
+  }
+  if (!bytes.empty()) {
+    EncodeQuantum(ByteOf(bytes[0]), bytes.size() > 1 ? ByteOf(bytes[1]) : 0, 0, out);
+    std::fill(out + bytes.size() + 1, out + kCharactersPerQuantum, kPadding);
+  }
+  return result;
 }
 
 // The 24 bits of four characters, or the mark when one of them is not in the alphabet.
@@ -72,47 +132,6 @@ std::uint32_t ReadQuantum(const wchar_t* in) {
     return kNotInAlphabet;
   }
   return kPlaces[0][a] | kPlaces[1][b] | kPlaces[2][c] | kPlaces[3][d];
-}
-
-std::uint32_t ReadBytes(const char* in) {
-  const auto byte = [in](int i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(in[i])); };
-  return byte(0) << 16 | byte(1) << 8 | byte(2);
-}
-
-// The number of units at the start of a text that are ASCII and fill whole quanta: there a unit is its byte.
-std::size_t CountAsciiQuanta(std::wstring_view text) {
-  const auto is_ascii = [](wchar_t unit) { return ValueOf(unit) < 128; };
-  const auto count = static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), is_ascii) - text.begin());
-  return count - count % kBytesPerQuantum;
-}
-
-void AppendEncodedAscii(std::wstring_view quanta, std::wstring& out) {
-  const std::size_t start = out.size();
-  out.resize(start + quanta.size() / kBytesPerQuantum * kCharactersPerQuantum);
-  wchar_t* write = out.data() + start;
-  for (const wchar_t* in = quanta.data(); in != quanta.data() + quanta.size(); in += kBytesPerQuantum) {
-    write = WriteQuantum(ValueOf(in[0]) << 16 | ValueOf(in[1]) << 8 | ValueOf(in[2]), write);
-  }
-}
-
-void AppendEncoded(std::string_view bytes, std::wstring& out) {
-  const std::size_t start = out.size();
-  const std::size_t quanta = bytes.size() / kBytesPerQuantum;
-  const std::size_t rest = bytes.size() % kBytesPerQuantum;
-  out.resize(start + (quanta + (rest != 0)) * kCharactersPerQuantum);
-  wchar_t* write = out.data() + start;
-  const char* in = bytes.data();
-  for (std::size_t i = 0; i < quanta; ++i, in += kBytesPerQuantum) {
-    write = WriteQuantum(ReadBytes(in), write);
-  }
-  if (rest != 0) {
-    const char last[kBytesPerQuantum] = {in[0], rest == 2 ? in[1] : '\0', '\0'};
-    write = WriteQuantum(ReadBytes(last), write);
-    write[-1] = kPadding;
-    if (rest == 1) {
-      write[-2] = kPadding;
-    }
-  }
 }
 
 // The number of characters at the start of a text that are quanta of three ASCII bytes, none of them zero: there a byte
@@ -144,8 +163,8 @@ char* WriteBytes(std::uint32_t bits, char* out) {
   return out + kBytesPerQuantum;
 }
 
-// Reads one quantum with what is skipped between its characters, and pads. Returns its bytes' number: fewer than three
-// when it is padded, none when the text ends before it begins.
+// Reads one quantum with what is skipped between its characters, and moves behind it. Returns the number of its bytes:
+// fewer than three when it is padded, none when the text ends before it begins.
 std::size_t ReadSpacedQuantum(const wchar_t*& in, const wchar_t* end, std::uint32_t& bits) {
   std::size_t characters = 0;
   std::size_t padding = 0;
@@ -192,11 +211,10 @@ std::string DecodeBytes(const wchar_t* in, const wchar_t* end) {
     write += count;
     if (count != 0 && count < kBytesPerQuantum) {
       // The padded quantum is the last one.
-      while (in != end) {
-        if (!IsSkipped(*in++)) {
-          ThrowCannotDecode();
-        }
+      if (!std::all_of(in, end, IsSkipped)) {
+        ThrowCannotDecode();
       }
+      break;
     }
   }
   bytes.resize(static_cast<std::size_t>(write - bytes.data()));
@@ -206,13 +224,7 @@ std::string DecodeBytes(const wchar_t* in, const wchar_t* end) {
 }  // namespace
 
 std::wstring Base64::Encode(std::wstring_view text) {
-  std::wstring result;
-  const std::size_t done = CountAsciiQuanta(text);
-  AppendEncodedAscii({text.data(), done}, result);
-  if (done != text.size()) {
-    AppendEncoded(WStringToString(text.substr(done)), result);
-  }
-  return result;
+  return EncodeBytes(WStringToString(text));
 }
 
 std::wstring Base64::Decode(std::wstring_view base64) {

@@ -54,7 +54,7 @@ TEST(Base64OfTheSystem, EncodesAlike) {
   std::mt19937 random(1);
   for (int round = 0; round < 300; ++round) {
     std::wstring text;
-    for (std::size_t length = random() % 60 + 1; text.size() < length;) {
+    for (std::size_t length = random() % 150 + 1; text.size() < length;) {
       text += L"aZ~\x01\u0080\u07FF\u0800\uFFFF"[random() % 8];
     }
     ASSERT_EQ(Base64::Encode(text), SystemEncode(StringUtilities::Utf16ToUtf8(text)));
