@@ -2,6 +2,7 @@
 /// What a shared handle holds. Not installed: only this room looks inside.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -22,6 +23,14 @@ class HandleState {
 
   /// Linux: what a message pipe's end keeps beside its descriptor; null when this is none. Windows: always null.
   virtual PipeEnd* Pipe() noexcept { return nullptr; }
+
+  /// Linux: what a thread did before it signalled an event happens before what a thread does that saw the signal. A
+  /// descriptor gives no such order in the language's eyes.
+  void Publish() noexcept { signals_.fetch_add(1, std::memory_order_release); }
+  void Observe() const noexcept { static_cast<void>(signals_.load(std::memory_order_acquire)); }
+
+ private:
+  std::atomic<std::uint32_t> signals_{0};
 };
 
 /// Owns a plain handle. Each body has its own. @throws std::bad_alloc after closing the handle

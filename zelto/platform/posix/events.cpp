@@ -1,7 +1,9 @@
 #include "zelto/platform/events.h"
 
+#include "zelto/platform/handle_state.h"
 #include "zelto/platform/posix/deadline.h"
 #include "zelto/platform/posix/descriptor.h"
+#include "zelto/platform/posix/errno_codes.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -15,6 +17,53 @@
 namespace Zelto::Platform {
 
 using Utilities::SharedHandle;
+
+namespace {
+
+bool IsSignalled(const pollfd& poll) noexcept {
+  return poll.revents != 0;
+}
+
+// Fills in what is signalled. @return the lowest index, `kWaitTimeout` or `kWaitFailed`
+std::uint32_t PollForOne(std::span<pollfd> polls, const Deadline& deadline) noexcept {
+  while (true) {
+    timespec left{};
+    const int ready = ::ppoll(polls.data(), polls.size(), deadline.Remaining(left), nullptr);
+    if (ready > 0) {
+      const auto first = std::find_if(polls.begin(), polls.end(), IsSignalled);
+      if ((first->revents & POLLNVAL) == 0) {
+        return static_cast<std::uint32_t>(first - polls.begin());
+      }
+      SetLastErrorCode(kInvalidHandle);
+      return kWaitFailed;
+    }
+    if (ready < 0 && errno != EINTR) {
+      return kWaitFailed;
+    }
+    if (ready == 0 && deadline.Passed()) {
+      return kWaitTimeout;
+    }
+  }
+}
+
+// Looks at all together; while one is out, sleeps on that one alone and looks again.
+std::uint32_t PollForAll(std::span<pollfd> polls, const Deadline& deadline) noexcept {
+  while (true) {
+    const std::uint32_t any = PollForOne(polls, Deadline(0));
+    if (any == kWaitFailed) {
+      return any;
+    }
+    const auto out = std::find_if_not(polls.begin(), polls.end(), IsSignalled);
+    if (out == polls.end()) {
+      return 0;
+    }
+    if (const std::uint32_t came = PollForOne(std::span(&*out, 1), deadline); came != 0) {
+      return came;
+    }
+  }
+}
+
+}  // namespace
 
 SharedHandle CreateManualEvent() noexcept {
   const int descriptor = AvoidStandardStreams(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
@@ -34,8 +83,12 @@ ErrorCode SignalEvent(const SharedHandle& event) noexcept {
   if (!event) {
     return kInvalidHandle;
   }
+  event.State()->Publish();
   const std::uint64_t one = 1;
-  while (::write(DescriptorFromHandle(event.Get()), &one, sizeof one) < 0 && errno == EINTR) {
+  while (::write(DescriptorFromHandle(event.Get()), &one, sizeof one) < 0) {
+    if (errno != EINTR) {
+      return errno == EAGAIN ? kSuccess : CodeFromErrno(errno);
+    }
   }
   return kSuccess;
 }
@@ -45,7 +98,10 @@ ErrorCode ClearEvent(const SharedHandle& event) noexcept {
     return kInvalidHandle;
   }
   std::uint64_t count = 0;
-  while (::read(DescriptorFromHandle(event.Get()), &count, sizeof count) < 0 && errno == EINTR) {
+  while (::read(DescriptorFromHandle(event.Get()), &count, sizeof count) < 0) {
+    if (errno != EINTR) {
+      return errno == EAGAIN ? kSuccess : CodeFromErrno(errno);
+    }
   }
   return kSuccess;
 }
@@ -67,31 +123,15 @@ std::uint32_t WaitForEvents(std::span<const SharedHandle> events, bool all, std:
     }
     polls[i] = pollfd{DescriptorFromHandle(events[i].Get()), POLLIN, 0};
   }
-  const auto first = polls.begin();
-  const auto last = first + static_cast<std::ptrdiff_t>(events.size());
-  const auto signalled = [](const pollfd& poll) { return poll.revents != 0; };
+  const std::span<pollfd> polled(polls.data(), events.size());
   const Deadline deadline(timeout_ms);
-  constexpr timespec kOnlyLook{};
-  while (true) {
-    timespec left{};
-    // For all: look at all together; while one is out, sleep on that one alone and look again.
-    int ready = ::ppoll(polls.data(), events.size(), all ? &kOnlyLook : deadline.Remaining(left), nullptr);
-    if (all && ready >= 0 && static_cast<std::size_t>(ready) < events.size()) {
-      ready = ::ppoll(&*std::find_if_not(first, last, signalled), 1, deadline.Remaining(left), nullptr);
-      if (ready > 0) {
-        continue;
-      }
-    }
-    if (ready > 0) {
-      return all ? 0 : static_cast<std::uint32_t>(std::find_if(first, last, signalled) - first);
-    }
-    if (ready < 0 && errno != EINTR) {
-      return kWaitFailed;
-    }
-    if (deadline.Passed()) {
-      return kWaitTimeout;
+  const std::uint32_t result = all ? PollForAll(polled, deadline) : PollForOne(polled, deadline);
+  for (std::size_t i = 0; i < events.size(); ++i) {
+    if (polls[i].revents != 0) {
+      events[i].State()->Observe();
     }
   }
+  return result;
 }
 
 }  // namespace Zelto::Platform

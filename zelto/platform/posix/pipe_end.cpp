@@ -21,6 +21,8 @@ namespace {
 
 // A larger message travels as a memory file. Below the usual send buffer, so that a few fit in the queue.
 constexpr std::uint32_t kLargestPacket = 64 * 1024;
+// Larger messages that the peer has not received yet may take this much together; one alone may take more.
+constexpr std::uint64_t kMostMemoryOnWay = 4 << 20;
 // What the overflow keeps of its memory between packets.
 constexpr std::size_t kKeptOverflow = 16 * 1024;
 
@@ -117,6 +119,7 @@ void PipeEnd::Forget() noexcept {
   memory_.Reset();
   read_failure_ = kSuccess;
   outgoing_.Reset();
+  memory_on_way_ = 0;
 }
 
 ErrorCode PipeEnd::Disconnect() noexcept {
@@ -267,27 +270,41 @@ bool PipeEnd::IsNextWrite(const void* writer) noexcept {
   return !writers_.empty() && writers_.front() == writer;
 }
 
-// The memory file is kept until the message is sent or given up.
 ErrorCode PipeEnd::Send(const void* data, std::uint32_t size, ErrorCode gone) noexcept {
-  if (const ErrorCode error = Usable(); error != kSuccess) {
-    outgoing_.Reset();
-    return error;
-  }
-  ErrorCode result = kMoreData;
-  if (size <= kLargestPacket && !outgoing_) {
-    result = SendPacket(socket_, data, size, -1);
+  ErrorCode result = Usable();
+  if (result == kSuccess) {
+    const bool small = size <= kLargestPacket && !outgoing_;
+    result = small ? SendPacket(socket_, data, size, -1) : kMoreData;
   }
   if (result == kMoreData) {
-    result = outgoing_ ? kSuccess : MakeMemoryMessage(data, size, outgoing_);
-    if (result == kSuccess) {
-      result = SendPacket(socket_, nullptr, 0, outgoing_.Get());
-    }
+    result = SendMemory(data, size);
   }
   if (result != kIoPending) {
     outgoing_.Reset();
   }
   if (result == kBrokenPipe) {
     return disconnected_ || !IsServer() ? kPipeNotConnected : gone;
+  }
+  return result;
+}
+
+// The file is made once and kept until the message is sent or given up. A packet that carries a file takes hardly any
+// room in the queue, so what a peer leaves unread is limited here.
+ErrorCode PipeEnd::SendMemory(const void* data, std::uint32_t size) noexcept {
+  if (!outgoing_) {
+    if (const ErrorCode error = MakeMemoryMessage(data, size, outgoing_); error != kSuccess) {
+      return error;
+    }
+  }
+  if (memory_on_way_ != 0 && IsAllReceived(socket_)) {
+    memory_on_way_ = 0;
+  }
+  if (memory_on_way_ != 0 && memory_on_way_ + size > kMostMemoryOnWay && !HasHungUp(socket_)) {
+    return kIoPending;
+  }
+  const ErrorCode result = SendPacket(socket_, nullptr, 0, outgoing_.Get());
+  if (result == kSuccess) {
+    memory_on_way_ += size;
   }
   return result;
 }

@@ -86,6 +86,7 @@ class PipeEnd {
   ErrorCode Receive(void* buffer, std::uint32_t size, std::uint32_t& read) noexcept;
   ErrorCode ServeMemory(void* buffer, std::uint32_t size, std::uint32_t& read) noexcept;
   ErrorCode Send(const void* data, std::uint32_t size, ErrorCode gone) noexcept;
+  ErrorCode SendMemory(const void* data, std::uint32_t size) noexcept;
   void Forget() noexcept;
 
   const PipeListenerShare listener_;
@@ -103,6 +104,7 @@ class PipeEnd {
   std::mutex write_lock_;
   std::vector<const void*> writers_;  // the pending ones, first in first out
   UniqueDescriptor outgoing_;         // the first one's memory file
+  std::uint64_t memory_on_way_ = 0;   // bytes of memory files sent since the peer had last received everything
 };
 
 /// Shares an end.

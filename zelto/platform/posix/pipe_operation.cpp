@@ -161,6 +161,7 @@ std::uint32_t WaitForAny(std::span<const Waitable> things, std::uint32_t timeout
           return kWaitFailed;
         }
         if (signalled) {
+          things[i].Event()->State()->Observe();
           return static_cast<std::uint32_t>(i);
         }
         continue;

@@ -2,6 +2,9 @@
 
 #include "zelto/platform/posix/errno_codes.h"
 
+#include <linux/sockios.h>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/uio.h>
 
 #include <cerrno>
@@ -71,6 +74,16 @@ bool WantPacketCredentials(int socket) noexcept {
 bool GetPeerCredentials(int socket, ucred& peer) noexcept {
   socklen_t size = sizeof peer;
   return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0;
+}
+
+bool IsAllReceived(int socket) noexcept {
+  int queued = 0;
+  return ::ioctl(socket, SIOCOUTQ, &queued) != 0 || queued == 0;
+}
+
+bool HasHungUp(int socket) noexcept {
+  pollfd poll{socket, 0, 0};
+  return ::poll(&poll, 1, 0) != 0;
 }
 
 ErrorCode ReceivePacket(int socket, std::span<iovec> buffers, Packet& packet) noexcept {

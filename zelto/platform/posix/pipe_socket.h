@@ -34,6 +34,11 @@ bool WantPacketCredentials(int socket) noexcept;
 
 bool GetPeerCredentials(int socket, ucred& peer) noexcept;
 
+/// Whether the peer has received all that was sent, or has closed.
+bool IsAllReceived(int socket) noexcept;
+/// Whether either side has ended the connection.
+bool HasHungUp(int socket) noexcept;
+
 /// One received packet.
 struct Packet {
   std::size_t size = 0;     ///< bytes in the buffers
