@@ -36,10 +36,15 @@
 #include <zelto/text/string_utilities.h>
 #include <zelto/text/url_encoding.h>
 #include <zelto/text/wildcard_pattern.h>
+#include <zelto/threading/concurrent_queue.h>
 #include <zelto/threading/critical_section.h>
 #include <zelto/threading/event_access_control.h>
+#include <zelto/threading/manual_reset_event.h>
 #include <zelto/threading/serial_task_queue.h>
 #include <zelto/threading/task.h>
+#include <zelto/threading/thread_pool.h>
+#include <zelto/threading/timer.h>
+#include <zelto/threading/timer_thread.h>
 #include <zelto/threading/wait_for_objects.h>
 #include <zelto/time/stopwatch.h>
 #include <zelto/time/time_span.h>

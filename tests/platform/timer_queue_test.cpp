@@ -1,14 +1,14 @@
 // What the library needs of the system's timer queue, on both targets.
 #include "zelto/platform/timer_queue.h"
 
+#include "tests/support/counter.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace Zelto::Platform {
@@ -17,51 +17,19 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr auto kLimit = std::chrono::seconds(60);  // nothing here takes long; a slow machine may
-
-/// What callbacks count and tests wait on.
-class Counter {
- public:
-  void Add() {
-    const std::lock_guard lock(mutex_);
-    ++value_;
-    changed_.notify_all();
-  }
-  int Value() {
-    const std::lock_guard lock(mutex_);
-    return value_;
-  }
-  bool WaitFor(int value) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, kLimit, [&] { return value_ >= value; });
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  int value_ = 0;
-};
+using Testing::Counter;
+using Testing::Gate;
 
 void Count(void* counter, unsigned char /*fired*/) {
   static_cast<Counter*>(counter)->Add();
 }
 
-/// A callback that stays inside until it is let go.
-struct Gate {
-  Counter entered;
-  Counter opened;
-  Counter left;
-};
-
-void PassGate(void* parameter, unsigned char /*fired*/) {
-  auto& gate = *static_cast<Gate*>(parameter);
-  gate.entered.Add();
-  gate.opened.WaitFor(1);
-  gate.left.Add();
+void PassGate(void* gate, unsigned char /*fired*/) {
+  static_cast<Gate*>(gate)->Pass();
 }
 
 void OpenGate(void* gate, unsigned char /*fired*/) {
-  static_cast<Gate*>(gate)->opened.Add();
+  static_cast<Gate*>(gate)->Open();
 }
 
 class TimerQueueTest : public testing::Test {
@@ -163,7 +131,7 @@ TEST_F(TimerQueueTest, SlowCallbacksHoldUpNoOtherTimer) {
   void* const timer = Start(Count, &quick, 0, 5);
   EXPECT_TRUE(quick.WaitFor(50)) << "while all slow callbacks are inside";
   EXPECT_EQ(gate.left.Value(), 0);
-  gate.opened.Add();
+  gate.Open();
   EXPECT_TRUE(gate.left.WaitFor(16)) << "late callbacks run, too";
   for (void* const each : slow) {
     EXPECT_EQ(queue_->DeleteTimer(each), kSuccess);
