@@ -105,7 +105,7 @@ class ZELTO_API ActiveNamedPipeServerConnection final : public IActiveNamedPipeS
   std::atomic<bool> ended_ = true;
   CriticalSection io_lock_;
   const std::shared_ptr<NamedPipeInstance> instance_;
-  const std::uint32_t timeout_ms_;
+  [[maybe_unused]] const std::uint32_t timeout_ms_;
   const std::uint32_t buffer_size_;
   const NamedPipeMessageEncoding encoding_;
   const MessageReceivedCallback message_received_;
