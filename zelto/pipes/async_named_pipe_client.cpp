@@ -28,9 +28,8 @@ AsyncNamedPipeClient::~AsyncNamedPipeClient() = default;
 
 Task<void> AsyncNamedPipeClient::WriteMessage(const std::wstring& message, bool wait_for_completion) {
   return instance_->tasks->Run(
-      [instance = instance_, message, wait_for_completion, encoding = GetEncoding(), timeout_ms = GetTimeout()] {
-        instance->Write(message, wait_for_completion, encoding, timeout_ms);
-      });
+      [instance = instance_, outgoing = OutgoingMessage(GetEncoding(), message), wait_for_completion,
+       timeout_ms = GetTimeout()]() mutable { instance->Write(outgoing, wait_for_completion, timeout_ms); });
 }
 
 Task<std::wstring> AsyncNamedPipeClient::ReadMessage() {

@@ -24,6 +24,21 @@ namespace {
 
 }  // namespace
 
+OutgoingMessage::OutgoingMessage(NamedPipeMessageEncoding encoding, const std::wstring& message) noexcept {
+  try {
+    buffer_.emplace(encoding, message);
+  } catch (...) {
+    failure_ = std::current_exception();
+  }
+}
+
+AsyncIOBuffer& OutgoingMessage::Buffer() {
+  if (failure_) {
+    std::rethrow_exception(failure_);
+  }
+  return *buffer_;
+}
+
 ClientPipeInstance::ClientPipeInstance(std::wstring full_name)
     : name(std::move(full_name)),
       tasks(SerialTaskQueue::Create()),
@@ -59,12 +74,11 @@ std::wstring ClientPipeInstance::Read(NamedPipeMessageEncoding encoding, std::ui
   }
 }
 
-void ClientPipeInstance::Write(const std::wstring& message, bool wait_for_completion, NamedPipeMessageEncoding encoding,
-                               std::uint32_t timeout_ms) {
+void ClientPipeInstance::Write(OutgoingMessage& message, bool wait_for_completion, std::uint32_t timeout_ms) {
   const std::lock_guard guard(lock);
   RequireOpen();
   event.Reset();
-  AsyncIOBuffer buffer(encoding, message);
+  AsyncIOBuffer& buffer = message.Buffer();
   if (!wait_for_completion) {
     const Platform::ErrorCode error = detached_writer_->Write(pipe, std::move(buffer), timeout_ms);
     if (error == Platform::kTimeout) {

@@ -2,6 +2,7 @@
 /// The client's end of one pipe. Not installed.
 #pragma once
 
+#include <zelto/pipes/async_io_buffer.h>
 #include <zelto/pipes/detached_writer.h>
 #include <zelto/pipes/named_pipe_message_encoding.h>
 #include <zelto/platform/message_pipe.h>
@@ -11,10 +12,25 @@
 
 #include <atomic>
 #include <cstdint>
+#include <exception>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace Zelto::Utilities {
+
+/// A message in the form in which it is sent, or the reason why it has none.
+class OutgoingMessage {
+ public:
+  OutgoingMessage(NamedPipeMessageEncoding encoding, const std::wstring& message) noexcept;
+
+  /// @throws what encoding the message threw
+  AsyncIOBuffer& Buffer();
+
+ private:
+  std::optional<AsyncIOBuffer> buffer_;
+  std::exception_ptr failure_;
+};
 
 /// The state of one opened pipe, shared by its client and the client's tasks. Its lock is held for the whole of each
 /// read and each write, the waits included.
@@ -30,8 +46,7 @@ class ClientPipeInstance {
   std::wstring Read(NamedPipeMessageEncoding encoding, std::uint32_t timeout_ms);
 
   /// Writes one message. Throws as `IAsyncNamedPipeClient::WriteMessage` tells.
-  void Write(const std::wstring& message, bool wait_for_completion, NamedPipeMessageEncoding encoding,
-             std::uint32_t timeout_ms);
+  void Write(OutgoingMessage& message, bool wait_for_completion, std::uint32_t timeout_ms);
 
   /// Lets go of the handle, behind the tasks that were issued before. Reads of those that have not begun fail; writes
   /// that nobody waits for get the time-out to be done.

@@ -49,7 +49,9 @@ TransferResult ReadWholeMessage(const TransferEnd& end, AsyncIOBuffer& buffer, c
   std::uint64_t gathered = 0;
   std::exception_ptr failure;
   while (true) {
-    buffer.Clear();
+    if (gathered != 0) {
+      buffer.Clear();
+    }
     const ErrorCode begun =
         operation.BeginRead(buffer.TransferData(), static_cast<std::uint32_t>(buffer.TransferSize()));
     if (begun != Platform::kSuccess && begun != Platform::kIoPending && begun != Platform::kMoreData) {
@@ -67,7 +69,11 @@ TransferResult ReadWholeMessage(const TransferEnd& end, AsyncIOBuffer& buffer, c
     }
     if (count != 0 && !failure) {
       try {
-        text += buffer.Text();
+        if (text.empty()) {
+          text = buffer.Text();
+        } else {
+          text += buffer.Text();
+        }
       } catch (...) {
         failure = std::current_exception();
       }

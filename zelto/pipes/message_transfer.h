@@ -40,7 +40,8 @@ struct TransferEnd {
   Platform::OverlappedRecord& record;
 };
 
-/// Reads one message, chunk by chunk into `buffer`, and appends its text to `text`. Each chunk is decoded on its own.
+/// Reads one message, chunk by chunk into `buffer`, which must be clear, and appends its text to `text`. Each chunk is
+/// decoded on its own.
 ///
 /// Nothing is pending when it returns or throws. Text gathered before a failure is of no use.
 /// @throws std::range_error  "bad conversion"; the rest of the message has been consumed then
