@@ -49,6 +49,23 @@ TEST(PipeClient, GivesUpAfterFiveAttempts) {
   ExpectFailure([&] { client.ReadMessage().get(); }, kClosed);
 }
 
+TEST(PipeClient, GivesUpOnAPipeThatStaysBusy) {
+  const std::wstring name = UniquePipeName();
+  const BareEnd server = BareEnd::Listen(name, 1);
+  std::vector<std::shared_ptr<AsyncNamedPipeClient>> clients;
+  // The first gets the instance; a system may queue a few more.
+  ExpectWin32Failure(
+      [&] {
+        while (clients.size() < 10) {
+          clients.push_back(std::make_shared<AsyncNamedPipeClient>(name, 50));
+          clients.back()->Open();
+        }
+      },
+      "Failed to connect to the pipe: " + FullName(name), Platform::kPipeBusy);
+  EXPECT_GE(clients.size(), 2U);
+  EXPECT_FALSE(clients.back()->IsInitialized());
+}
+
 TEST(PipeClient, WithoutAnOpenPipeEveryTaskSaysSo) {
   AsyncNamedPipeClient client(UniquePipeName());
   const auto expect_closed = [&client] {

@@ -145,7 +145,9 @@ void ActiveNamedPipeServerConnection::ReceiveData() {
 bool ActiveNamedPipeServerConnection::ReadMessage(std::wstring& message) {
   message.clear();
   AsyncIOBuffer buffer(encoding_, static_cast<std::size_t>(buffer_size_));
-  const TransferLimits limits{.stop = stop_event_, .maximum_bytes = maximum_message_size_};
+  // `RequestStop` disconnects the pipe, too: where that ends a read, the wait is for the read alone.
+  const TransferLimits limits{.stop = Platform::DisconnectEndsReads() ? SharedHandle() : stop_event_,
+                              .maximum_bytes = maximum_message_size_};
   const std::lock_guard guard(io_lock_);
   const TransferResult result =
       ReadWholeMessage({instance_->pipe, instance_->event, instance_->overlapped}, buffer, limits, message);

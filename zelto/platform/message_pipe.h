@@ -70,6 +70,10 @@ ZELTO_API ErrorCode DisconnectPipe(const Utilities::SharedHandle& pipe) noexcept
 /// Windows: each listening instance takes one client, so many. Linux: one, the system queues clients.
 ZELTO_API std::uint32_t ListeningInstances() noexcept;
 
+/// Whether `DisconnectPipe` by itself ends a read that another thread waits for, so that this one needs no event to be
+/// stopped by. Windows: no. Linux: yes, and a read that is waited for alone costs one system call.
+ZELTO_API bool DisconnectEndsReads() noexcept;
+
 /// The process at the other end of a pipe.
 struct PipePeer {
   std::uint32_t process_id = 0;          ///< as it was when the connection was made; the process may be gone

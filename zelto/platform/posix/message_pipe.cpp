@@ -123,6 +123,10 @@ std::uint32_t ListeningInstances() noexcept {
   return 1;
 }
 
+bool DisconnectEndsReads() noexcept {
+  return true;
+}
+
 ErrorCode GetPipePeer(const SharedHandle& pipe, bool, PipePeer& peer) noexcept {
   PipeEnd* end = pipe ? pipe.State()->Pipe() : nullptr;
   ucred credentials{};

@@ -83,6 +83,10 @@ std::uint32_t ListeningInstances() noexcept {
   return kListeningInstances;
 }
 
+bool DisconnectEndsReads() noexcept {
+  return false;
+}
+
 ErrorCode GetPipePeer(const SharedHandle& pipe, bool server_side, PipePeer& peer) noexcept {
   ULONG process_id = 0;
   const BOOL told = server_side ? ::GetNamedPipeClientProcessId(pipe.Get(), &process_id)
