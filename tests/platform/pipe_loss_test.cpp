@@ -3,6 +3,7 @@
 
 #include <deque>
 #include <functional>
+#include <thread>
 
 namespace Zelto::Platform::Testing {
 namespace {
@@ -87,6 +88,31 @@ TEST(PipeLoss, ServerDisconnects) {
 
 TEST(PipeLoss, ServerClosesWithoutDisconnecting) {
   ExpectLoss(false, CloseServer, ServerClosed());
+}
+
+// The reader waits for the read alone, or for a stop event beside it.
+TEST(PipeLoss, DisconnectEndsTheWaitOfAnotherThread) {
+  for (const bool alone : {true, false}) {
+    const Pair pair("wait-disconnect");
+    const SharedHandle begun = CreateManualEvent();
+    const SharedHandle stop = CreateManualEvent();
+    std::thread reader([&] {
+      char byte = 0;
+      std::uint32_t transferred = 0;
+      Operation read(pair.server);
+      EXPECT_EQ(read->BeginRead(&byte, 1), kIoPending);
+      SignalEvent(begun);
+      std::vector<Waitable> things{*read};
+      if (!alone) {
+        things.emplace_back(stop);
+      }
+      EXPECT_EQ(WaitForAny(things, kLimitMs), 0u);
+      EXPECT_EQ(read->Finish(transferred), kPipeNotConnected);
+    });
+    EXPECT_EQ(WaitForEvent(begun, kLimitMs), 0u);
+    EXPECT_EQ(DisconnectPipe(pair.server), kSuccess);
+    reader.join();
+  }
 }
 
 TEST(PipeLoss, WhatAClosedPeerWroteIsReadFirst) {

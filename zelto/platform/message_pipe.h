@@ -23,9 +23,9 @@ namespace Zelto::Platform {
 /// What `CreatePipeInstance` needs.
 struct PipeSettings {
   std::wstring name;                      ///< full name, with the prefix `\\.\pipe\`
-  std::uint32_t maximum_instances = 255;  ///< of this name; 255 means no limit
-  std::uint32_t buffer_size = 4096;       ///< input and output buffer, bytes; a hint
-  std::uint32_t default_timeout_ms = 0;   ///< of `WaitForFreePipe` without a time-out; 0 means 50 ms
+  std::uint32_t maximum_instances = 255;  ///< of this name, 1 to 254; 255 means no limit. The first instance's counts.
+  std::uint32_t buffer_size = 4096;       ///< input and output buffer, bytes; a hint on Windows, unused on Linux
+  std::uint32_t default_timeout_ms = 0;   ///< Windows: of `WaitForFreePipe` with time-out 0; 0 means 50 ms
   bool allow_everyone = false;            ///< every user may connect; otherwise the same user and administrators
 };
 
@@ -37,6 +37,7 @@ struct PipeSettings {
 ///
 /// Windows: `CreateNamedPipeW`, duplex, overlapped, message mode; with `allow_everyone` under a null DACL and an
 /// inheritable handle. Linux: the first instance binds the socket and all share it; descriptors are close-on-exec.
+/// Clients that no instance has taken yet are queued, up to the system's limit or, with a limit, one per instance.
 ZELTO_API ErrorCode CreatePipeInstance(const PipeSettings& settings, Utilities::SharedHandle& pipe);
 
 /// Makes one attempt to open the client's end of a pipe.
@@ -183,7 +184,8 @@ class Waitable {
 /// @param things  1 to `kMaximumWaitObjects` of them; an operation that is not pending counts as finished
 /// @return the lowest index that is ready, `kWaitTimeout` or `kWaitFailed`, with `GetLastErrorCode` set
 ///
-/// Windows: `WaitForMultipleObjects`. Linux: `poll` on the sockets themselves; an operation goes on inside this call.
+/// Windows: `WaitForMultipleObjects`. Linux: `poll` on the sockets themselves, and operations go on
+/// inside this call; a read alone waits in `recvmsg`.
 ZELTO_API std::uint32_t WaitForAny(std::span<const Waitable> things, std::uint32_t timeout_ms) noexcept;
 
 }  // namespace Zelto::Platform

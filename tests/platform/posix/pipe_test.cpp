@@ -8,11 +8,13 @@
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -397,6 +399,37 @@ TEST(PipeDescriptors, AreNeverStandardStreamsAndCloseOnExec) {
                                  : 2;
                     }),
             0);
+}
+
+TEST(Signals, DoNotShortenWaits) {
+  struct sigaction ignore {};
+  struct sigaction before {};
+  ignore.sa_handler = [](int) {};  // without SA_RESTART: calls are interrupted
+  ASSERT_EQ(::sigaction(SIGALRM, &ignore, &before), 0);
+  const itimerval often{{0, 3000}, {0, 3000}};
+  ASSERT_EQ(::setitimer(ITIMER_REAL, &often, nullptr), 0);
+  const Pair pair("signals");
+  const std::vector<SharedHandle> events{CreateManualEvent(), CreateManualEvent()};
+  char byte = 0;
+  Operation read(pair.server);
+  ASSERT_EQ(read->BeginRead(&byte, 1), kIoPending);
+  constexpr std::uint32_t kTimeMs = 40;
+  const std::function<std::uint32_t()> waits[] = {
+      [&] { return WaitForEvent(events[0], kTimeMs); },
+      [&] { return WaitForEvents(events, true, kTimeMs); },
+      [&] { return WaitForAny(std::vector<Waitable>{*read}, kTimeMs); },
+      [&] {
+        return WaitForAny(std::vector<Waitable>{*read, events[0]}, kTimeMs);
+      },
+  };
+  for (const auto& wait : waits) {
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(wait(), kWaitTimeout);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(kTimeMs));
+  }
+  const itimerval never{};
+  ::setitimer(ITIMER_REAL, &never, nullptr);
+  ::sigaction(SIGALRM, &before, nullptr);
 }
 
 TEST(Errno, BecomesAWin32Code) {

@@ -49,7 +49,7 @@ ErrorCode ConnectIn(const PipeDirectory& directory, const std::string& file, Uni
     }
   }
   ucred server{};
-  if (!GetPeerCredentials(made.Get(), server)) {
+  if (!LetBlock(made.Get()) || !GetPeerCredentials(made.Get(), server)) {
     return CodeFromErrno(errno);
   }
   if (server.uid != 0 && server.uid != owner && server.uid != ::geteuid()) {

@@ -120,6 +120,7 @@ void PipeEnd::Forget() noexcept {
   read_failure_ = kSuccess;
   outgoing_.Reset();
   memory_on_way_ = 0;
+  socket_wait_ms_ = kInfinite;
 }
 
 ErrorCode PipeEnd::Disconnect() noexcept {
@@ -166,12 +167,12 @@ ErrorCode PipeEnd::ReadAtHand(void* buffer, std::uint32_t size, std::uint32_t& r
   return read_failure_ != kSuccess ? read_failure_ : kIoPending;
 }
 
-ErrorCode PipeEnd::Read(void* buffer, std::uint32_t size, std::uint32_t& read) noexcept {
+ErrorCode PipeEnd::Read(void* buffer, std::uint32_t size, std::uint32_t& read, std::uint32_t wait_ms) noexcept {
   const std::lock_guard<std::mutex> guard(read_lock_);
   if (const ErrorCode error = Usable(); error != kSuccess) {
     return error;
   }
-  const ErrorCode result = read_failure_ != kSuccess ? read_failure_ : Receive(buffer, size, read);
+  const ErrorCode result = read_failure_ != kSuccess ? read_failure_ : Receive(buffer, size, read, wait_ms);
   if (result != kSuccess && result != kMoreData && result != kIoPending) {
     // A local disconnect looks like the peer's on the socket.
     read_failure_ = disconnected_ ? kPipeNotConnected : result;
@@ -180,7 +181,26 @@ ErrorCode PipeEnd::Read(void* buffer, std::uint32_t size, std::uint32_t& read) n
   return result;
 }
 
-ErrorCode PipeEnd::Receive(void* buffer, std::uint32_t size, std::uint32_t& read) noexcept {
+// A caller's own socket is left as it is: whether it waits, and how long, is theirs to say.
+bool PipeEnd::PrepareWait(std::uint32_t wait_ms) noexcept {
+  if (wait_ms == 0 || !owned_) {
+    return false;
+  }
+  if (wait_ms != socket_wait_ms_) {
+    timeval time{};
+    if (wait_ms != kInfinite) {
+      time.tv_sec = wait_ms / 1000;
+      time.tv_usec = static_cast<suseconds_t>(wait_ms % 1000) * 1000;
+    }
+    if (::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time) != 0) {
+      return false;
+    }
+    socket_wait_ms_ = wait_ms;
+  }
+  return true;
+}
+
+ErrorCode PipeEnd::Receive(void* buffer, std::uint32_t size, std::uint32_t& read, std::uint32_t wait_ms) noexcept {
   char* overflow = overflow_.Data();
   if (overflow == nullptr) {
     return kNotEnoughMemory;
@@ -188,7 +208,7 @@ ErrorCode PipeEnd::Receive(void* buffer, std::uint32_t size, std::uint32_t& read
   std::array<iovec, 2> buffers{iovec{buffer, size}, iovec{overflow, PacketOverflow::kSize}};
   Packet packet;
   const ErrorCode gone = IsServer() ? kBrokenPipe : kPipeNotConnected;
-  if (const ErrorCode error = ReceivePacket(socket_, buffers, packet); error != kSuccess) {
+  if (const ErrorCode error = ReceivePacket(socket_, buffers, PrepareWait(wait_ms), packet); error != kSuccess) {
     return error == kBrokenPipe ? gone : error;
   }
   if (packet.end) {

@@ -68,8 +68,9 @@ class PipeEnd {
 
   /// Reads without touching the socket. @return `kIoPending` when the next packet must be waited for
   ErrorCode ReadAtHand(void* buffer, std::uint32_t size, std::uint32_t& read) noexcept;
-  /// Reads on, from the socket if need be. @return `kIoPending` when nothing has come
-  ErrorCode Read(void* buffer, std::uint32_t size, std::uint32_t& read) noexcept;
+  /// Reads on, from the socket if need be, and waits there for up to `wait_ms` where it can: the wait may be shorter.
+  /// @return `kIoPending` when nothing has come
+  ErrorCode Read(void* buffer, std::uint32_t size, std::uint32_t& read, std::uint32_t wait_ms = 0) noexcept;
 
   /// Sends a message, or queues it behind the others when it cannot be sent now. `writer` names the write, as long as
   /// it is pending. @return 0, `kIoPending` or the error
@@ -83,7 +84,8 @@ class PipeEnd {
  private:
   bool IsServer() const noexcept { return listener_ != nullptr; }
   ErrorCode Usable() const noexcept;
-  ErrorCode Receive(void* buffer, std::uint32_t size, std::uint32_t& read) noexcept;
+  ErrorCode Receive(void* buffer, std::uint32_t size, std::uint32_t& read, std::uint32_t wait_ms) noexcept;
+  bool PrepareWait(std::uint32_t wait_ms) noexcept;
   ErrorCode ServeMemory(void* buffer, std::uint32_t size, std::uint32_t& read) noexcept;
   ErrorCode Send(const void* data, std::uint32_t size, ErrorCode gone) noexcept;
   ErrorCode SendMemory(const void* data, std::uint32_t size) noexcept;
@@ -96,7 +98,8 @@ class PipeEnd {
 
   std::mutex read_lock_;
   PacketOverflow overflow_;
-  UniqueDescriptor memory_;  // the message being read, when it came as a memory file
+  std::uint32_t socket_wait_ms_ = kInfinite;  // what the socket's own time-out is set to
+  UniqueDescriptor memory_;                   // the message being read, when it came as a memory file
   std::uint32_t memory_size_ = 0;
   std::uint32_t memory_served_ = 0;
   ErrorCode read_failure_ = kSuccess;  // for good: the peer is gone or broke the rules

@@ -170,8 +170,7 @@ ErrorCode PipeListener::Bind() {
 
 ErrorCode PipeListener::Accept(UniqueDescriptor& client) const noexcept {
   while (true) {
-    UniqueDescriptor accepted(
-        AvoidStandardStreams(::accept4(socket_.Get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK)));
+    UniqueDescriptor accepted(AvoidStandardStreams(::accept4(socket_.Get(), nullptr, nullptr, SOCK_CLOEXEC)));
     if (!accepted) {
       if (errno == EINTR || errno == ECONNABORTED) {
         continue;

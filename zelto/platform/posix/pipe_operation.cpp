@@ -76,6 +76,15 @@ struct PipeOperation::Access {
     return pollfd{!writes_rest && end.IsNextWrite(&operation) ? end.Descriptor() : -1, POLLOUT, 0};
   }
 
+  // Whether waiting for the operation alone may happen inside its own system call, which spares the poll.
+  static bool CanWaitItself(const PipeOperation& operation) noexcept {
+    return operation.pending_ && operation.kind_ == Kind::Read;
+  }
+
+  static ErrorCode AttemptFor(PipeOperation& operation, std::uint32_t wait_ms) noexcept {
+    return Settle(operation, End(operation)->Read(operation.buffer_, operation.size_, operation.transferred_, wait_ms));
+  }
+
   static bool IsWrite(const PipeOperation& operation) noexcept { return operation.kind_ == Kind::Write; }
 };
 
@@ -125,6 +134,10 @@ std::uint32_t WaitForAny(std::span<const Waitable> things, std::uint32_t timeout
     return kWaitFailed;
   }
   const Deadline deadline(timeout_ms);
+  if (things.size() == 1 && things[0].Operation() != nullptr && Access::CanWaitItself(*things[0].Operation()) &&
+      Access::AttemptFor(*things[0].Operation(), timeout_ms) != kIoPending) {
+    return 0;
+  }
   bool writes_rest = false;
   while (true) {
     bool settled = false;

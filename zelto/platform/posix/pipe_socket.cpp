@@ -2,6 +2,7 @@
 
 #include "zelto/platform/posix/errno_codes.h"
 
+#include <fcntl.h>
 #include <linux/sockios.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -66,6 +67,10 @@ UniqueDescriptor MakePipeSocket() noexcept {
   return made;
 }
 
+bool LetBlock(int socket) noexcept {
+  return ::fcntl(socket, F_SETFL, O_RDWR) == 0;
+}
+
 bool WantPacketCredentials(int socket) noexcept {
   const int on = 1;
   return ::setsockopt(socket, SOL_SOCKET, SO_PASSCRED, &on, sizeof on) == 0;
@@ -86,7 +91,7 @@ bool HasHungUp(int socket) noexcept {
   return ::poll(&poll, 1, 0) != 0;
 }
 
-ErrorCode ReceivePacket(int socket, std::span<iovec> buffers, Packet& packet) noexcept {
+ErrorCode ReceivePacket(int socket, std::span<iovec> buffers, bool wait, Packet& packet) noexcept {
   alignas(cmsghdr) char space[kControlSize];
   msghdr header{};
   header.msg_iov = buffers.data();
@@ -95,11 +100,12 @@ ErrorCode ReceivePacket(int socket, std::span<iovec> buffers, Packet& packet) no
   do {
     header.msg_control = space;
     header.msg_controllen = sizeof space;
-    received = ::recvmsg(socket, &header, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
+    received = ::recvmsg(socket, &header, MSG_CMSG_CLOEXEC | (wait ? 0 : MSG_DONTWAIT));
     // A reset is told once, before the packets that are still queued.
-  } while (received < 0 && (errno == EINTR || errno == ECONNRESET));
+  } while (received < 0 && ((errno == EINTR && !wait) || errno == ECONNRESET));
   if (received < 0) {
-    return errno == EAGAIN ? kIoPending : (errno == ENOTCONN ? kBrokenPipe : CodeFromErrno(errno));
+    const bool nothing = errno == EAGAIN || errno == EINTR;
+    return nothing ? kIoPending : (errno == ENOTCONN ? kBrokenPipe : CodeFromErrno(errno));
   }
   Control control = ReadControl(header);
   const bool cut = (header.msg_flags & MSG_CTRUNC) != 0;

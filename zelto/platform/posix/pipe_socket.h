@@ -29,6 +29,9 @@ class PipeAddress {
 /// A new packet socket: not blocking, close-on-exec, with credentials on each packet. Empty with `errno` on failure.
 UniqueDescriptor MakePipeSocket() noexcept;
 
+/// Lets a connected socket block. Only a read that may wait does; everything else says on each call that it must not.
+bool LetBlock(int socket) noexcept;
+
 /// Asks for the sender's credentials on each packet: an empty packet carries them, the end of the stream does not.
 bool WantPacketCredentials(int socket) noexcept;
 
@@ -46,11 +49,12 @@ struct Packet {
   bool end = false;         ///< no packet: the peer sends no more
 };
 
-/// Receives one packet without waiting. Descriptors that a packet must not carry are closed.
+/// Receives one packet. Descriptors that a packet must not carry are closed.
 ///
+/// @param wait  waits for one, as long as the socket's own time-out says or until a signal comes
 /// @return 0; `kIoPending` when there is none; `kBrokenPipe` for a socket without a connection; `kInvalidData` for a
 ///         packet larger than the buffers, with a payload and descriptors, or with several; otherwise the error
-ErrorCode ReceivePacket(int socket, std::span<iovec> buffers, Packet& packet) noexcept;
+ErrorCode ReceivePacket(int socket, std::span<iovec> buffers, bool wait, Packet& packet) noexcept;
 
 /// Sends one packet without waiting, with one descriptor when `memory` is not -1.
 ///
