@@ -7,10 +7,12 @@
 #include "zelto/text/string_utilities.h"
 #include "zelto/text/utf16_units.h"
 
+#include <algorithm>
 #include <exception>
 #include <limits>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace Zelto::Utilities {
 namespace {
@@ -20,20 +22,20 @@ constexpr std::int64_t kEstimatedBytesPerUnit = 2;
 constexpr std::string_view kLineEnd = "\r\n";
 
 std::int64_t CountUnits(const std::wstring& text) noexcept {
-  std::int64_t count = 0;
-  for (const wchar_t character : text) {
-    ForEachUnit(character, [&count](char16_t) { ++count; });
-  }
-  return count;
+  const auto pairs = std::count_if(text.begin(), text.end(), [](wchar_t c) { return ValueOf(c) > 0xFFFFU; });
+  return static_cast<std::int64_t>(text.size()) + pairs;
 }
 
 // The bytes that the file gets for a line: UTF-8, every line feed with a carriage return before it.
 std::string EncodeLine(const std::wstring& line) {
-  const std::string text = StringUtilities::Utf16ToUtf8(line);
+  std::string text = StringUtilities::Utf16ToUtf8(line);
+  std::size_t feed = text.find('\n');
+  if (feed == std::string::npos) {
+    return std::move(text.append(kLineEnd));
+  }
   std::string bytes;
-  bytes.reserve(text.size() + kLineEnd.size());
   std::size_t done = 0;
-  for (std::size_t feed = text.find('\n'); feed != std::string::npos; feed = text.find('\n', done)) {
+  for (; feed != std::string::npos; feed = text.find('\n', done)) {
     bytes.append(text, done, feed - done).append(kLineEnd);
     done = feed + 1;
   }

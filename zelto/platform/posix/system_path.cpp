@@ -32,9 +32,14 @@ void AppendCodePoint(std::string& text, std::uint32_t code_point) {
 
 ErrorCode ToSystemPath(std::wstring_view path, std::string& result) noexcept {
   try {
-    result.clear();
-    result.reserve(path.size());
-    for (std::size_t i = 0; i < path.size(); ++i) {
+    // Nearly every path is ASCII to its end: as many bytes as units.
+    result.resize(path.size());
+    std::size_t ascii = 0;
+    for (; ascii < path.size() && path[ascii] > 0 && path[ascii] < 0x80; ++ascii) {
+      result[ascii] = static_cast<char>(path[ascii]);
+    }
+    result.resize(ascii);
+    for (std::size_t i = ascii; i < path.size(); ++i) {
       auto code_point = static_cast<std::uint32_t>(path[i]);
       const bool high = (code_point & 0xFFFFFC00) == 0xD800;
       const auto next = high && i + 1 < path.size() ? static_cast<std::uint32_t>(path[i + 1]) : 0U;
