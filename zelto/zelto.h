@@ -4,6 +4,13 @@
 
 #include <zelto/export.h>
 #include <zelto/files/file_appender.h>
+#include <zelto/json/data_object.h>
+#include <zelto/json/data_value.h>
+#include <zelto/json/json_encoder.h>
+#include <zelto/json/json_reader.h>
+#include <zelto/json/json_writer.h>
+#include <zelto/json/lexer.h>
+#include <zelto/json/tokens.h>
 #include <zelto/pipes/active_named_pipe_server_connection.h>
 #include <zelto/pipes/async_io_buffer.h>
 #include <zelto/pipes/async_named_pipe_client.h>

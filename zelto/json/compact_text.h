@@ -117,6 +117,7 @@ class UnitStack {
  public:
   std::size_t Size() const noexcept { return size_; }
   char16_t* Data() noexcept { return units_.get(); }
+  const char16_t* Data() const noexcept { return units_.get(); }
   void CutTo(std::size_t size) noexcept { size_ = size; }
 
   void Push(char16_t unit) {

@@ -24,6 +24,9 @@ class ValueAccess {
     }
   }
 
+  /// Ends a borrowing.
+  static void Own(DataValue& value) { value.ToParts(); }
+
   /// Makes a new value one object.
   static void PlaceObject(DataValue& value, std::shared_ptr<DataObject> object) noexcept {
     value.SetObject(std::move(object));

@@ -1,0 +1,191 @@
+#include "zelto/json/document_builder.h"
+
+#include "zelto/json/escapes.h"
+#include "zelto/json/object_storage.h"
+#include "zelto/json/value_access.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+
+namespace Zelto::Json {
+namespace {
+
+// Up to so many keys are sorted by insertion.
+constexpr std::size_t kInsertionSortLimit = 32;
+
+}  // namespace
+
+void DocumentBuilder::OpenObject() {
+  open_.push_back({members_.size(), text_.Size(), objects_.size(), values_.size()});
+}
+
+void DocumentBuilder::AppendEscaped(std::wstring_view text) {
+  char16_t* to = text_.Room(kWideCharacters ? 2 * text.size() : text.size());
+  const char16_t* const from = to;
+  Unescape(text, [&to](wchar_t character) { UseUnits(character, [&to](char16_t unit) { *to++ = unit; }); });
+  text_.Advance(static_cast<std::size_t>(to - from));
+}
+
+void DocumentBuilder::SetObject(std::shared_ptr<DataObject> object) {
+  Member& member = members_.back();
+  member.text = static_cast<std::uint32_t>(objects_.size() - open_.back().objects);
+  member.content = Content::kObject;
+  objects_.push_back(std::move(object));
+}
+
+void DocumentBuilder::SetValue(DataValue value) {
+  Member& member = members_.back();
+  member.text = static_cast<std::uint32_t>(values_.size() - open_.back().values);
+  member.content = Content::kValue;
+  values_.push_back(std::move(value));
+}
+
+void DocumentBuilder::BeginItems() {
+  members_.back().text = TextOffset();
+}
+
+void DocumentBuilder::AddItem(std::wstring_view text, bool escaped) {
+  const std::size_t header = text_.Size();
+  text_.Push(0);
+  AppendText(text, escaped);
+  const std::size_t length = CheckedLength(text_.Size() - header - 1);
+  if (TextList::HeaderSize(length) > 1) {
+    text_.Push(0);
+    char16_t* item = text_.Data() + header;
+    std::memmove(item + 2, item + 1, length * sizeof(char16_t));
+  }
+  TextList::WriteHeader(text_.Data() + header, length);
+}
+
+void DocumentBuilder::EndItems(DataValue::EType kind) {
+  Member& member = members_.back();
+  member.text_length = TextOffset() - member.text;
+  member.content = member.text_length == 0 ? Content::kNull : Content::kItems;
+  member.kind = static_cast<std::uint8_t>(kind);
+}
+
+void DocumentBuilder::AbandonItems(DataValue& value, DataValue::EType kind) {
+  const std::size_t first = open_.back().text + members_.back().text;
+  if (text_.Size() != first) {
+    ValueAccess::Borrow(value, {text_.Data() + first, text_.Size() - first}, kind, true);
+    ValueAccess::Own(value);
+    text_.CutTo(first);
+  }
+}
+
+int DocumentBuilder::CompareKeys(const Member& left, const Member& right) const {
+  const char16_t* text = text_.Data() + open_.back().text;
+  return std::u16string_view(text + left.key, left.key_length).compare({text + right.key, right.key_length});
+}
+
+// The order of the keys; equal ones in the order of the input.
+bool DocumentBuilder::Precedes(const Member& left, const Member& right) const {
+  if (left.prefix != right.prefix) {
+    return left.prefix < right.prefix;
+  }
+  const int order = CompareKeys(left, right);
+  return order != 0 ? order < 0 : left.position < right.position;
+}
+
+void DocumentBuilder::SortMembers(std::size_t first) {
+  Member* const begin = members_.data() + first;
+  Member* const end = members_.data() + members_.size();
+  const auto precedes = [this](const Member& left, const Member& right) { return Precedes(left, right); };
+  if (static_cast<std::size_t>(end - begin) > kInsertionSortLimit) {
+    if (!std::is_sorted(begin, end, precedes)) {
+      std::sort(begin, end, precedes);
+    }
+    return;
+  }
+  for (Member* next = begin + 1; next < end; ++next) {
+    if (!Precedes(*next, next[-1])) {
+      continue;
+    }
+    const Member member = *next;
+    Member* hole = next;
+    do {
+      *hole = hole[-1];
+      --hole;
+    } while (hole != begin && Precedes(member, hole[-1]));
+    *hole = member;
+  }
+}
+
+// Of the members from `first` on, which are sorted, keeps the last one of each key that has a value, or throws.
+void DocumentBuilder::DropRepeatedKeys(std::size_t first) {
+  std::size_t kept = first;
+  for (std::size_t i = first; i < members_.size(); ++i) {
+    const Member member = members_[i];
+    const bool repeated = kept != first && members_[kept - 1].prefix == member.prefix &&
+                          CompareKeys(members_[kept - 1], member) == 0;
+    if (repeated && !allow_duplicates_) {
+      throw std::runtime_error("Duplicate attribute");
+    }
+    if (member.content != Content::kNothing) {
+      members_[repeated ? kept - 1 : kept++] = member;
+    }
+  }
+  members_.resize(kept);
+}
+
+void DocumentBuilder::CheckOpenObjects() {
+  for (; !open_.empty(); open_.pop_back()) {
+    const std::size_t first = open_.back().members;
+    SortMembers(first);
+    DropRepeatedKeys(first);
+    members_.resize(first);
+  }
+}
+
+std::shared_ptr<DataObject> DocumentBuilder::CloseObject() {
+  const OpenShare share = open_.back();
+  SortMembers(share.members);
+  DropRepeatedKeys(share.members);
+  auto object = std::make_shared<DataObject>();
+  const std::size_t count = members_.size() - share.members;
+  if (count != 0) {
+    const std::size_t units = text_.Size() - share.text;
+    ObjectStorage* const storage = ObjectStorage::Allocate(count, units);
+    ObjectStorage::Attach(*object, storage);
+    char16_t* const text = storage->Text();
+    std::memcpy(text, text_.Data() + share.text, units * sizeof(char16_t));
+    PropertyNode* node = storage->Nodes();
+    for (std::size_t i = share.members; i < members_.size(); ++i, ++node) {
+      const Member& member = members_[i];
+      node->key_offset =
+          static_cast<std::uint32_t>(reinterpret_cast<const char*>(text + member.key) - reinterpret_cast<char*>(node));
+      node->key_length = member.key_length;
+      const auto kind = static_cast<DataValue::EType>(member.kind);
+      switch (member.content) {
+        case Content::kText:
+          ValueAccess::Borrow(node->value, {text + member.text, member.text_length}, kind, false);
+          break;
+        case Content::kItems:
+          ValueAccess::Borrow(node->value, {text + member.text, member.text_length}, kind, true);
+          break;
+        case Content::kObject:
+          ValueAccess::PlaceObject(node->value, std::move(objects_[share.objects + member.text]));
+          storage->SetOwning();
+          break;
+        case Content::kValue:
+          node->value = std::move(values_[share.values + member.text]);
+          ValueAccess::ShrinkToFit(node->value);
+          storage->SetOwning();
+          break;
+        case Content::kNothing:
+        case Content::kNull:
+          break;
+      }
+    }
+  }
+  open_.pop_back();
+  members_.resize(share.members);
+  text_.CutTo(share.text);
+  objects_.resize(share.objects);
+  values_.resize(share.values);
+  return object;
+}
+
+}  // namespace Zelto::Json

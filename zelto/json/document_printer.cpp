@@ -1,0 +1,147 @@
+#include "zelto/json/document_printer.h"
+
+#include "zelto/json/value_access.h"
+
+#include <stdexcept>
+
+namespace Zelto::Json {
+
+void DocumentPrinter::PrintObject(const DataObject& object) {
+  Begin(object);
+  PrintAll();
+}
+
+void DocumentPrinter::PrintValue(const DataValue& value) {
+  Begin(value);
+  PrintAll();
+}
+
+void DocumentPrinter::PrintObjects(const DataValue& value) {
+  Begin(value.GetObjectArray(), false);
+  PrintAll();
+}
+
+void DocumentPrinter::PrintTexts(const DataValue& value) {
+  if (!value.IsArray()) {
+    return;
+  }
+  bool first = true;
+  ValueAccess::ForEachText(value, [&](auto text) {
+    if (!first) {
+      output_.Put(L',');
+    }
+    first = false;
+    if (value.IsStringArray()) {
+      output_.PutString(text);
+    } else {
+      output_.Put(text);
+    }
+  });
+}
+
+void DocumentPrinter::Begin(const DataObject& object) {
+  // The watched level moves to the innermost one whenever the depth has doubled. In a document that is nested in itself the
+  // levels repeat without end, so the watched object comes again; in any other no object is within itself.
+  if (watched_ < levels_.size() && levels_[watched_].object == &object) {
+    throw std::runtime_error("Cyclic JSON object");
+  }
+  if (levels_.size() >= 2 * watched_) {
+    watched_ = levels_.size();
+  }
+  output_.Put(L'{');
+  levels_.push_back({&object, ObjectStorage::Cursor(ObjectStorage::Of(object)), nullptr, 0, false, true});
+}
+
+void DocumentPrinter::Begin(const Objects& items, bool closes) {
+  levels_.push_back({nullptr, ObjectStorage::Cursor(nullptr), &items, 0, false, closes});
+}
+
+// Prints a value, or its beginning when objects are nested in it.
+void DocumentPrinter::Begin(const DataValue& value) {
+  if (value.IsArray()) {
+    output_.Put(L'[');
+    if (value.IsObjectArray()) {
+      Begin(value.GetObjectArray(), true);
+    } else {
+      PrintTexts(value);
+      output_.Put(L']');
+    }
+    return;
+  }
+  switch (value.GetType()) {
+    case DataValue::Null:
+      if (!skip_null_or_empty_) {
+        output_.Put(std::u16string_view(u"null"));
+      }
+      break;
+    case DataValue::String:
+      if (!ValueAccess::WithFirstText(value, [this](auto text) { output_.PutString(text); })) {
+        output_.PutString(std::u16string_view());
+      }
+      break;
+    case DataValue::Object:
+      if (const DataObject* object = ValueAccess::FirstObject(value)) {
+        Begin(*object);
+      } else if (!skip_null_or_empty_) {
+        output_.Put(std::u16string_view(u"{}"));
+      }
+      break;
+    default:
+      ValueAccess::WithFirstText(value, [this](auto text) { output_.Put(text); });
+      break;
+  }
+}
+
+void DocumentPrinter::PrintAll() {
+  while (!levels_.empty()) {
+    const bool done = levels_.back().object != nullptr ? PrintMembers() : PrintItems();
+    if (done) {
+      levels_.pop_back();
+    }
+  }
+}
+
+// Goes on with the innermost object; false when another level has been begun inside.
+bool DocumentPrinter::PrintMembers() {
+  const std::size_t depth = levels_.size();
+  while (const PropertyNode* member = levels_.back().members.Next()) {
+    if (skip_null_or_empty_ && member->value.IsEmpty()) {
+      continue;
+    }
+    if (levels_.back().needs_separator) {
+      output_.Put(L',');
+    }
+    levels_.back().needs_separator = true;
+    output_.PutString(member->Key());
+    output_.Put(L':');
+    Begin(member->value);
+    if (levels_.size() != depth) {
+      return false;
+    }
+  }
+  output_.Put(L'}');
+  return true;
+}
+
+// Goes on with the innermost array; false when another level has been begun inside.
+bool DocumentPrinter::PrintItems() {
+  Level& level = levels_.back();
+  while (level.next_item < level.items->size()) {
+    const DataObject* object = (*level.items)[level.next_item++].get();
+    if (level.needs_separator) {
+      output_.Put(L',');
+    }
+    level.needs_separator = true;
+    if (object != nullptr) {
+      Begin(*object);
+      return false;
+    }
+    output_.Put(std::u16string_view(u"null"));
+  }
+  if (level.closes) {
+    output_.Put(L']');
+  }
+  return true;
+}
+
+}  // namespace Zelto::Json
