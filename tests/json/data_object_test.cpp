@@ -133,7 +133,8 @@ TEST(DataObject, FindsEveryKeyHoweverTheObjectCameToBe) {
     DataObject extended(*read);
     extended.GetValue(L"zz");
     const DataObject copy(extended);
-    for (const DataObject* object : {const_cast<const DataObject*>(read.get()), &std::as_const(built), &std::as_const(extended), &copy}) {
+    for (const DataObject* object :
+         {const_cast<const DataObject*>(read.get()), &std::as_const(built), &std::as_const(extended), &copy}) {
       for (int i = 0; i < 1000; ++i) {
         const std::wstring key = L"k" + std::to_wstring(i);
         EXPECT_EQ(object->GetIntValue(key, -1), built.Contains(key) ? i : -1);
@@ -146,7 +147,8 @@ TEST(DataObject, FindsEveryKeyHoweverTheObjectCameToBe) {
 }
 
 TEST(DataObject, CopiesShareNestedObjectsOnly) {
-  const auto source = JsonReader::Decode(L"{\"n\":{\"x\":1},\"l\":[{\"y\":2}],\"t\":[\"a\",\"b\"],\"s\":\"old\"}", false);
+  const auto source =
+      JsonReader::Decode(L"{\"n\":{\"x\":1},\"l\":[{\"y\":2}],\"t\":[\"a\",\"b\"],\"s\":\"old\"}", false);
   DataObject copy(*source);
   EXPECT_EQ(JsonWriter::Encode(copy), JsonWriter::Encode(*source));
   copy.SetValue(L"s", L"new");

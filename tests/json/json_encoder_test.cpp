@@ -23,7 +23,8 @@ TEST(JsonEncoder, EscapesMaskedAndNonPrintingCharacters) {
   EXPECT_EQ(JsonEncoder::ToEscapedString(all), L"\\\\\\\"\\r\\n\\f\\t\\b\\/");
   EXPECT_EQ(JsonEncoder::ToEscapedString(L"a\x0b\x0e\x0f\x10\x13\x14\x1f\x7f\u00e9"),
             L"a\\u000;\\u000>\\u000?\\u0010\\u0013\x14\x1f\x7f\u00e9");
-  EXPECT_EQ(JsonEncoder::ToEscapedString(std::wstring(1, L'\0')), L"\\u0000");
+  const std::wstring zero(1, L'\0');
+  EXPECT_EQ(JsonEncoder::ToEscapedString(zero), L"\\u0000");
   EXPECT_EQ(JsonEncoder::ToEscapedString(L""), L"");
   int index = -1;
   for (int i = 0; i < static_cast<int>(all.size()); ++i) {
@@ -63,7 +64,9 @@ TEST(JsonEncoder, DecodesWhatStoulAccepts) {
                         {L"\\uD83D\\uDE00", {L'\xD83D', L'\xDE00'}},
                         {L"\\u-001", L"\xFFFF"},
                         {L"\\u-FFF", L"\xF001"},
-                        {L"\\u+0041", L"\x0004" L"1"},
+                        {L"\\u+0041",
+                         L"\x0004"
+                         L"1"},
                         {L"\\u  41", L"A"},
                         {L"\\u\t\n\v9", L"\t"},
                         {L"\\u0x4A", L"J"},
@@ -101,8 +104,7 @@ class OpenedEncoder : public JsonEncoder {
 };
 
 TEST(JsonEncoder, GuardsItsLengthCalculation) {
-  EXPECT_EQ(MessageOf([] { OpenedEncoder::VerifyOutputLength(3, 2); }),
-            "ToEscapedString: wrong length calculation.");
+  EXPECT_EQ(MessageOf([] { OpenedEncoder::VerifyOutputLength(3, 2); }), "ToEscapedString: wrong length calculation.");
   EXPECT_EQ(MessageOf([] { OpenedEncoder::VerifyOutputLength(2, 2); }), "");
   std::wstring out(7, L'.');
   std::size_t pos = 1;

@@ -56,8 +56,8 @@ TEST(Lexer, LinesGiveWhatTheWholeTextGives) {
   const std::wstring pieces = PiecesOf(LexerOf({L"  \"a b\\\"\" :true,+12 ,-, false null : \"\",  007 "}));
   EXPECT_EQ(pieces, L"qa b\\\" : btrue c i+12 c i- c bfalse n : q c i007 . ");
   // Pieces that begin where the line before was skipped to, blank lines, white space at both ends, no lines at all.
-  const std::vector<std::wstring> lines = {L"", L"  \"a b\\\"\"", L"   ", L":true", L",+12", L"", L" ,-", L", false",
-                                           L"null",  L"    : \"\"", L",  007", L"", L" "};
+  const std::vector<std::wstring> lines = {L"",        L"  \"a b\\\"\"", L"   ",        L":true",  L",+12", L"", L" ,-",
+                                           L", false", L"null",          L"    : \"\"", L",  007", L"",     L" "};
   EXPECT_EQ(PiecesOf(LexerOf(lines)), pieces);
   EXPECT_EQ(PiecesOf(LexerOf({L"   ,", L"1  ,1", L"  ,"})), PiecesOf(LexerOf({L"   , 1  ,1   ,"})));
   EXPECT_EQ(PiecesOf(LexerOf({})), L". ");
@@ -103,9 +103,10 @@ TEST(Lexer, IntegersHaveAsciiDigits) {
     std::wstring text;
     int number;
   };
-  for (const Case& c : {Case{L"+", L"+", 0}, Case{L"-x", L"-", 0}, Case{L"--1", L"-", 0}, Case{L"007.5", L"007", 7},
-                        Case{L"1\u0661", L"1", 1}, Case{L"99999999999", L"99999999999", INT_MAX},
-                        Case{L"-99999999999", L"-99999999999", INT_MIN}, Case{L"-2147483648", L"-2147483648", INT_MIN}}) {
+  for (const Case& c :
+       {Case{L"+", L"+", 0}, Case{L"-x", L"-", 0}, Case{L"--1", L"-", 0}, Case{L"007.5", L"007", 7},
+        Case{L"1\u0661", L"1", 1}, Case{L"99999999999", L"99999999999", INT_MAX},
+        Case{L"-99999999999", L"-99999999999", INT_MIN}, Case{L"-2147483648", L"-2147483648", INT_MIN}}) {
     Lexer lexer = LexerOf({c.line});
     Lexer other(lexer);
     IntegerToken token;

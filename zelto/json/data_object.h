@@ -19,8 +19,8 @@ namespace Zelto::Json {
 class ObjectStorage;
 struct PropertyNode;
 
-/// The properties of one JSON object: an ordered map from key to `DataValue`, one value per key, in the order of the keys'
-/// UTF-16 units.
+/// The properties of one JSON object: an ordered map from key to `DataValue`, one value per key, in the order of the
+/// keys' UTF-16 units.
 ///
 /// Queries fall back to the caller's default. `Contains`, `GetStringValue`, `GetIntValue`, `GetUint64Value`,
 /// `GetBooleanValue`, `GetDataObject` and `IsNullValue` may be called through a null pointer and then behave as for a
@@ -32,8 +32,8 @@ struct PropertyNode;
 /// (Programs need `-fno-delete-null-pointer-checks` for that with GCC and Clang; the library's CMake target and its
 /// pkg-config file pass it on. UndefinedBehaviorSanitizer's check `null` reports such calls and must be off for them.)
 ///
-/// Nested objects are shared with whoever holds them; a copy of an object shares them too. Objects may be nested as deep
-/// as memory allows and are destroyed without recursion. An object that is made part of itself is never released.
+/// Nested objects are shared with whoever holds them; a copy of an object shares them too. Objects may be nested as
+/// deep as memory allows and are destroyed without recursion. An object that is made part of itself is never released.
 ///
 /// Threads: any number may read an object at the same time, `GetValue` of keys that are present included; whoever
 /// changes it must be alone. References and iterators stay valid while other properties are added. The texts of an

@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
-// <windows.h> makes `GetObject` a macro, for GetObjectA or GetObjectW. The members below exist under all three names, so
-// that it does not matter whether, when and with which character set that header is included.
+// <windows.h> makes `GetObject` a macro, for GetObjectA or GetObjectW. The members below exist under all three names,
+// so that it does not matter whether, when and with which character set that header is included.
 #pragma push_macro("GetObject")
 #undef GetObject
 
@@ -25,16 +25,16 @@ class DataObject;
 /// One property's value: a kind, a list of texts, a list of nested objects and an array flag.
 ///
 /// A scalar (string, integer, boolean) is its text, the only one of its `strings`; numbers and booleans are converted
-/// when a caller asks for them, and what cannot be converted gives the caller's default. A nested object is the only one
-/// of the `objects`. With the array flag set, each text or object is one item.
+/// when a caller asks for them, and what cannot be converted gives the caller's default. A nested object is the only
+/// one of the `objects`. With the array flag set, each text or object is one item.
 ///
-/// The scalar setters leave the array flag and the other list as they are (`SetNull` alone clears both lists, and it too
-/// leaves the flag): what was an array and shall be a scalar is a new `DataValue`.
+/// The scalar setters leave the array flag and the other list as they are (`SetNull` alone clears both lists, and it
+/// too leaves the flag): what was an array and shall be a scalar is a new `DataValue`.
 ///
 /// Nested objects are shared with whoever holds them; a copy of a value shares them too. Texts are units of UTF-16; a
-/// character above U+FFFF, which a `wchar_t` of 32 bits can hold, is stored as its surrogate pair, and one above U+10FFFF
-/// is refused with `std::range_error` "bad conversion" wherever a text is set. A scalar's text has at most 2,147,483,647
-/// units (`std::length_error` "JSON text too long").
+/// character above U+FFFF, which a `wchar_t` of 32 bits can hold, is stored as its surrogate pair, and one above
+/// U+10FFFF is refused with `std::range_error` "bad conversion" wherever a text is set. A scalar's text has at most
+/// 2,147,483,647 units (`std::length_error` "JSON text too long").
 ///
 /// Threads: any number may call const members at the same time; whoever changes a value must be alone. References that
 /// const members return stay valid until the value is changed or destroyed.
@@ -83,8 +83,8 @@ class ZELTO_API DataValue {
 
   /// The first text as a number.
   ///
-  /// Of an integer: white space, a sign and digits up to the first other character, no digits being 0. Of any other kind
-  /// only a text of decimal digits alone counts (the empty one is 0, "-5" is not a number).
+  /// Of an integer: white space, a sign and digits up to the first other character, no digits being 0. Of any other
+  /// kind only a text of decimal digits alone counts (the empty one is 0, "-5" is not a number).
   ///
   /// @return  `default_value` when there is no text, it is not a number, or the number does not fit
   std::int32_t GetIntValue(std::int32_t default_value) const;
@@ -131,8 +131,8 @@ class ZELTO_API DataValue {
   void AddIntValue(std::wstring value) { AddText(std::move(value), Integer); }
   /// As `AddStringValue`, for an array of booleans.
   void AddBooleanValue(std::wstring value) { AddText(std::move(value), Boolean); }
-  /// Appends an object, which may be an empty pointer, and sets the array flag. A value of another kind becomes `Object`
-  /// and loses its texts.
+  /// Appends an object, which may be an empty pointer, and sets the array flag. A value of another kind becomes
+  /// `Object` and loses its texts.
   void AddObject(std::shared_ptr<DataObject> object);
 
  protected:

@@ -1,6 +1,7 @@
 #include "zelto/json/document_builder.h"
 
 #include "zelto/json/escapes.h"
+#include "zelto/json/json_encoder.h"
 #include "zelto/json/object_storage.h"
 #include "zelto/json/value_access.h"
 
@@ -35,18 +36,20 @@ void DocumentBuilder::SetObject(std::shared_ptr<DataObject> object) {
   objects_.push_back(std::move(object));
 }
 
-void DocumentBuilder::SetValue(DataValue value) {
-  Member& member = members_.back();
-  member.text = static_cast<std::uint32_t>(values_.size() - open_.back().values);
-  member.content = Content::kValue;
-  values_.push_back(std::move(value));
-}
-
 void DocumentBuilder::BeginItems() {
-  members_.back().text = TextOffset();
+  Member& member = members_.back();
+  member.text = TextOffset();
+  member.kind = DataValue::Null;
 }
 
-void DocumentBuilder::AddItem(std::wstring_view text, bool escaped) {
+void DocumentBuilder::AddItem(std::wstring_view text, bool escaped, DataValue::EType kind) {
+  if (InItems()) {
+    AddItemTo(values_.back(), text, escaped, kind);
+    return;
+  }
+  if (members_.back().kind == DataValue::Null) {
+    members_.back().kind = static_cast<std::uint8_t>(kind);
+  }
   const std::size_t header = text_.Size();
   text_.Push(0);
   AppendText(text, escaped);
@@ -59,19 +62,48 @@ void DocumentBuilder::AddItem(std::wstring_view text, bool escaped) {
   TextList::WriteHeader(text_.Data() + header, length);
 }
 
-void DocumentBuilder::EndItems(DataValue::EType kind) {
+void DocumentBuilder::EndItems() {
   Member& member = members_.back();
   member.text_length = TextOffset() - member.text;
   member.content = member.text_length == 0 ? Content::kNull : Content::kItems;
-  member.kind = static_cast<std::uint8_t>(kind);
 }
 
-void DocumentBuilder::AbandonItems(DataValue& value, DataValue::EType kind) {
-  const std::size_t first = open_.back().text + members_.back().text;
+void DocumentBuilder::BeginObjectItems() {
+  if (InItems()) {
+    return;
+  }
+  Member& member = members_.back();
+  DataValue& value = values_.emplace_back();
+  const std::size_t first = open_.back().text + member.text;
   if (text_.Size() != first) {
-    ValueAccess::Borrow(value, {text_.Data() + first, text_.Size() - first}, kind, true);
+    ValueAccess::Borrow(value, {text_.Data() + first, text_.Size() - first}, static_cast<DataValue::EType>(member.kind),
+                        true);
     ValueAccess::Own(value);
     text_.CutTo(first);
+  }
+  member.text = static_cast<std::uint32_t>(values_.size() - 1 - open_.back().values);
+  member.content = Content::kValue;
+}
+
+void DocumentBuilder::AddObjectItem(std::shared_ptr<DataObject> object) {
+  values_.back().AddObject(std::move(object));
+}
+
+void DocumentBuilder::AddItemTo(DataValue& value, std::wstring_view text, bool escaped, DataValue::EType kind) {
+  std::wstring item(text);
+  if (escaped) {
+    item = Utilities::JsonEncoder::FromEscapedString(item);
+  }
+  switch (kind) {
+    case DataValue::Integer:
+      value.AddIntValue(std::move(item));
+      break;
+    case DataValue::Boolean:
+      value.AddBooleanValue(std::move(item));
+      break;
+    default:
+      value.AddStringValue(std::move(item));
+      break;
   }
 }
 
@@ -118,8 +150,8 @@ void DocumentBuilder::DropRepeatedKeys(std::size_t first) {
   std::size_t kept = first;
   for (std::size_t i = first; i < members_.size(); ++i) {
     const Member member = members_[i];
-    const bool repeated = kept != first && members_[kept - 1].prefix == member.prefix &&
-                          CompareKeys(members_[kept - 1], member) == 0;
+    const bool repeated =
+        kept != first && members_[kept - 1].prefix == member.prefix && CompareKeys(members_[kept - 1], member) == 0;
     if (repeated && !allow_duplicates_) {
       throw std::runtime_error("Duplicate attribute");
     }

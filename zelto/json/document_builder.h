@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -17,8 +18,8 @@ namespace Zelto::Json {
 /// object's own storage.
 ///
 /// A repeated key, where it is an error, is an error at the moment when the key is read. It is found later, when the
-/// object's keys are sorted: on closing it, which happens to every open object when a syntax error ends the reading, and
-/// in `CheckOpenObjects` when an exception does.
+/// object's keys are sorted: on closing it, which happens to every open object when a syntax error ends the reading,
+/// and in `CheckOpenObjects` when an exception does.
 class DocumentBuilder {
  public:
   explicit DocumentBuilder(bool allow_duplicates) : allow_duplicates_(allow_duplicates) {}
@@ -56,17 +57,30 @@ class DocumentBuilder {
   void SetNull() { members_.back().content = members_.back().key_length == 0 ? Content::kNothing : Content::kNull; }
 
   void SetObject(std::shared_ptr<DataObject> object);
-  void SetValue(DataValue value);
 
-  /// Between these two `AddItem` gives the property a list of texts; `EndItems` without items makes it a null.
+  /// Begins a list of items, at first of texts. `EndItems` without items makes the property a null.
   void BeginItems();
-  void AddItem(std::wstring_view text, bool escaped);
-  void EndItems(DataValue::EType kind);
-  /// Takes the list back and makes a new value of it.
-  void AbandonItems(DataValue& value, DataValue::EType kind);
+  void AddItem(std::wstring_view text, bool escaped, DataValue::EType kind);
+  void EndItems();
+
+  /// Makes the list a value of its own, to which objects can be added, too. It needs no `EndItems`.
+  void BeginObjectItems();
+  /// Whether the innermost property is such a list.
+  bool InItems() const noexcept { return members_.back().content == Content::kValue; }
+  void AddObjectItem(std::shared_ptr<DataObject> object);
+
+  /// Adds a text by the rules of the model.
+  static void AddItemTo(DataValue& value, std::wstring_view text, bool escaped, DataValue::EType kind);
 
  private:
-  enum class Content : std::uint8_t { kNothing, kNull, kText, kItems, kObject, kValue };
+  enum class Content : std::uint8_t {
+    kNothing,
+    kNull,
+    kText,
+    kItems,
+    kObject,
+    kValue
+  };
 
   struct Member {
     std::uint64_t prefix;  // the first four units of the key, so that most keys compare as numbers

@@ -40,8 +40,8 @@ void DocumentPrinter::PrintTexts(const DataValue& value) {
 }
 
 void DocumentPrinter::Begin(const DataObject& object) {
-  // The watched level moves to the innermost one whenever the depth has doubled. In a document that is nested in itself the
-  // levels repeat without end, so the watched object comes again; in any other no object is within itself.
+  // The watched level moves to the innermost one whenever the depth has doubled. In a document that is nested in itself
+  // the levels repeat without end, so the watched object comes again; in any other no object is within itself.
   if (watched_ < levels_.size() && levels_[watched_].object == &object) {
     throw std::runtime_error("Cyclic JSON object");
   }

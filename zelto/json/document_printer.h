@@ -31,7 +31,7 @@ class DocumentPrinter {
 
   // An object or an array of objects that has been begun.
   struct Level {
-    const DataObject* object;                        // null for an array
+    const DataObject* object;  // null for an array
     ObjectStorage::Cursor members;
     const Objects* items;
     std::size_t next_item;

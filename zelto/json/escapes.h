@@ -65,8 +65,8 @@ constexpr bool IsNonPrinting(Unit unit) noexcept {
   return Escapes::CodeOf(unit) < kFirstPrintingCode;
 }
 
-/// Writes the six characters for a non-printing one and returns their end. The last two are added to '0' without letters,
-/// so that 0x0B becomes "\u000;": what reads these texts knows it.
+/// Writes the six characters for a non-printing one and returns their end. The last two are added to '0' without
+/// letters, so that 0x0B becomes "\u000;": what reads these texts knows it.
 template <typename From, typename To>
 To* WriteUnicodeEscape(From unit, To* to) noexcept {
   for (const char c : {'\\', 'u', '0', '0'}) {
@@ -92,9 +92,9 @@ To* WriteEscaped(From unit, To* to) noexcept {
   return to;
 }
 
-/// The four characters behind a "\u" as a unit, read as leniently as `std::stoul` in base 16 does: white space, a sign and
-/// "0x" may stand in front, anything may follow the digits, and a negative number is taken modulo 2 to the 16th. Four
-/// characters cannot be out of range.
+/// The four characters behind a "\u" as a unit, read as leniently as `std::stoul` in base 16 does: white space, a sign
+/// and "0x" may stand in front, anything may follow the digits, and a negative number is taken modulo 2 to the 16th.
+/// Four characters cannot be out of range.
 ///
 /// @throws std::invalid_argument  "invalid stoul argument" when there is no digit
 inline std::uint16_t ReadUnicodeEscape(std::wstring_view four) {

@@ -12,9 +12,9 @@ namespace Zelto::Utilities {
 /// Escapes and unescapes the text of JSON strings.
 ///
 /// A character is masked when it is a backslash, a double quote, a solidus, or one of carriage return, line feed, form
-/// feed, tab and backspace; it is written as a backslash and a letter. A character is non-printing when its code is below
-/// 0x14 (not 0x20: the codes 0x14 to 0x1F pass unescaped); it is written as "\u00" and two digits, which are added to "0"
-/// without letters: U+000B becomes "\u000;", U+000E "\u000>" and U+000F "\u000?".
+/// feed, tab and backspace; it is written as a backslash and a letter. A character is non-printing when its code is
+/// below 0x14 (not 0x20: the codes 0x14 to 0x1F pass unescaped); it is written as "\u00" and two digits, which are
+/// added to "0" without letters: U+000B becomes "\u000;", U+000E "\u000>" and U+000F "\u000?".
 ///
 /// All operations are re-entrant. A null pointer is an empty text.
 class ZELTO_API JsonEncoder {
@@ -47,9 +47,9 @@ class ZELTO_API JsonEncoder {
   /// The same on UTF-8. @throws std::range_error  "bad conversion" on malformed UTF-8
   static std::string ToEscapedUtf8String(const char* text);
 
-  /// The text with its escape sequences decoded. "\u" takes the next four characters as `std::stoul` in base 16 does (white
-  /// space, a sign and "0x" may stand in front, anything may follow the digits) and gives one unit of 16 bits, surrogates
-  /// included; with fewer than four characters behind it, it vanishes like every unknown escape.
+  /// The text with its escape sequences decoded. "\u" takes the next four characters as `std::stoul` in base 16 does
+  /// (white space, a sign and "0x" may stand in front, anything may follow the digits) and gives one unit of 16 bits,
+  /// surrogates included; with fewer than four characters behind it, it vanishes like every unknown escape.
   ///
   /// @throws std::invalid_argument  "invalid stoul argument" when the four characters begin with no hexadecimal digit
   static std::wstring FromEscapedString(const std::wstring& text);
@@ -58,8 +58,8 @@ class ZELTO_API JsonEncoder {
  protected:
   static bool IsNonPrintingCharacter(wchar_t c) noexcept;
 
-  /// Writes the escape of a masked or non-printing character at `out[pos]`, where `out` grows as needed, and moves `pos`
-  /// behind it; false for any other character.
+  /// Writes the escape of a masked or non-printing character at `out[pos]`, where `out` grows as needed, and moves
+  /// `pos` behind it; false for any other character.
   static bool AppendEscapedCharacter(wchar_t c, std::wstring& out, std::size_t& pos);
   /// As `AppendEscapedCharacter`, always with six characters.
   static void EncodeNonPrintCharacter(std::wstring& out, std::size_t& pos, wchar_t c);

@@ -1,12 +1,52 @@
 #include "zelto/json/json_reader.h"
 
 #include "zelto/json/document_builder.h"
-#include "zelto/json/json_encoder.h"
 #include "zelto/json/lexer_inline.h"
 
 #include <utility>
 
 namespace Zelto::Json {
+
+struct JsonReader::Scalar {
+  std::wstring_view text;  // of a string, what stands between the quotes
+  bool escaped = false;
+  DataValue::EType kind = DataValue::String;
+};
+
+// Takes a string, an integer or a boolean, if there is one.
+inline bool JsonReader::ReadScalar(Scalar& scalar) {
+  scalar.escaped = false;
+  switch (lexer_.Peek()) {
+    case L'"':
+      scalar.kind = DataValue::String;
+      return lexer_.TakeQuotedString(scalar.text, scalar.escaped);
+    case L't':
+      scalar.kind = DataValue::Boolean;
+      scalar.text = L"true";
+      return lexer_.TakeText(scalar.text);
+    case L'f':
+      scalar.kind = DataValue::Boolean;
+      scalar.text = L"false";
+      return lexer_.TakeText(scalar.text);
+    case L'+':
+    case L'-':
+    case L'0':
+    case L'1':
+    case L'2':
+    case L'3':
+    case L'4':
+    case L'5':
+    case L'6':
+    case L'7':
+    case L'8':
+    case L'9':
+      scalar.kind = DataValue::Integer;
+      scalar.text = lexer_.TakeInteger();
+      return true;
+    default:
+      return false;
+  }
+}
 
 std::shared_ptr<DataObject> JsonReader::Decode(const std::wstring& text, bool allow_duplicates) {
   JsonReader reader;
@@ -45,7 +85,17 @@ std::shared_ptr<DataObject> JsonReader::ParseObject() {
 }
 
 void JsonReader::ParseArray(DataValue& value) {
-  WithBuilder([this, &value](DocumentBuilder& builder) { ReadItems(builder, value); });
+  WithBuilder([this, &value](DocumentBuilder& builder) {
+    Scalar scalar;
+    do {
+      if (ReadScalar(scalar)) {
+        DocumentBuilder::AddItemTo(value, scalar.text, scalar.escaped, scalar.kind);
+      } else if (lexer_.TakeChar(L'{')) {
+        value.AddObject(ReadObject(builder));
+        lexer_.ExpectChar(L'}');
+      }
+    } while (lexer_.TakeChar(L','));
+  });
 }
 
 // A key that was repeated before something else was thrown counts first.
@@ -60,137 +110,103 @@ void JsonReader::WithBuilder(const Read& read) {
   }
 }
 
+// Reads an object behind its brace, and all objects in it: the builder keeps what is open, so that depth costs no
+// stack.
 std::shared_ptr<DataObject> JsonReader::ReadObject(DocumentBuilder& builder) {
+  const std::size_t outer_depth = builder.Depth();
   builder.OpenObject();
-  while (lexer_.Peek() == L'"') {
+  for (;;) {
+    if (ReadMembers(builder)) {
+      continue;
+    }
+    do {
+      std::shared_ptr<DataObject> object = builder.CloseObject();
+      if (builder.Depth() == outer_depth) {
+        return object;
+      }
+      lexer_.ExpectChar(L'}');
+      if (builder.InItems()) {
+        builder.AddObjectItem(std::move(object));
+        if (lexer_.TakeChar(L',') && ReadItems(builder)) {
+          break;
+        }
+        lexer_.ExpectChar(L']');
+      } else {
+        builder.SetObject(std::move(object));
+      }
+    } while (!lexer_.TakeChar(L','));
+  }
+}
+
+// Reads properties of the innermost object. True when another one has begun in it, false when there are no more.
+bool JsonReader::ReadMembers(DocumentBuilder& builder) {
+  do {
     std::wstring_view key;
     bool escaped = false;
-    if (!lexer_.TakeQuotedString(key, escaped)) {
-      break;
+    if (lexer_.Peek() != L'"' || !lexer_.TakeQuotedString(key, escaped)) {
+      return false;
     }
     builder.AddKey(key, escaped);
     lexer_.ExpectChar(L':');
-    ReadMember(builder);
-    if (!lexer_.TakeChar(L',')) {
-      break;
+    if (ReadMember(builder)) {
+      return true;
     }
-  }
-  return builder.CloseObject();
+  } while (lexer_.TakeChar(L','));
+  return false;
 }
 
-// Takes a string, an integer or a boolean, if there is one.
-bool JsonReader::ReadScalar(std::wstring_view& text, bool& escaped, DataValue::EType& kind) {
-  escaped = false;
+// Reads a property's value, if there is one. True when an object has begun in it.
+bool JsonReader::ReadMember(DocumentBuilder& builder) {
+  Scalar scalar;
+  if (ReadScalar(scalar)) {
+    builder.SetText(scalar.text, scalar.escaped, scalar.kind);
+    return false;
+  }
   switch (lexer_.Peek()) {
-    case L'"':
-      kind = DataValue::String;
-      return lexer_.TakeQuotedString(text, escaped);
-    case L't':
-      kind = DataValue::Boolean;
-      text = L"true";
-      return lexer_.TakeText(text);
-    case L'f':
-      kind = DataValue::Boolean;
-      text = L"false";
-      return lexer_.TakeText(text);
-    case L'+':
-    case L'-':
-    case L'0':
-    case L'1':
-    case L'2':
-    case L'3':
-    case L'4':
-    case L'5':
-    case L'6':
-    case L'7':
-    case L'8':
-    case L'9':
-      kind = DataValue::Integer;
-      text = lexer_.TakeInteger();
-      return true;
+    case L'{':
+      return BeginObject(builder);
+    case L'[':
+      lexer_.TakeChar(L'[');
+      builder.BeginItems();
+      if (ReadItems(builder)) {
+        return true;
+      }
+      builder.EndItems();
+      lexer_.ExpectChar(L']');
+      return false;
+    case L'n':
+      if (lexer_.TakeText(L"null")) {
+        builder.SetNull();
+      }
+      return false;
     default:
       return false;
   }
 }
 
-// Reads a property's value, if there is one.
-void JsonReader::ReadMember(DocumentBuilder& builder) {
-  std::wstring_view text;
-  bool escaped = false;
-  auto kind = DataValue::Null;
-  switch (lexer_.Peek()) {
-    case L'{':
-      builder.SetObject(ReadNestedObject(builder));
-      break;
-    case L'[':
-      lexer_.TakeChar(L'[');
-      ReadArray(builder);
-      lexer_.ExpectChar(L']');
-      break;
-    case L'n':
-      if (lexer_.TakeText(L"null")) {
-        builder.SetNull();
-      }
-      break;
-    default:
-      if (ReadScalar(text, escaped, kind)) {
-        builder.SetText(text, escaped, kind);
-      }
-      break;
-  }
+// Reads items of the innermost property. True when an object has begun among them, false when there are no more.
+bool JsonReader::ReadItems(DocumentBuilder& builder) {
+  Scalar scalar;
+  do {
+    if (ReadScalar(scalar)) {
+      builder.AddItem(scalar.text, scalar.escaped, scalar.kind);
+    } else if (lexer_.Peek() == L'{') {
+      builder.BeginObjectItems();
+      return BeginObject(builder);
+    }
+  } while (lexer_.TakeChar(L','));
+  return false;
 }
 
-// Reads an object from its opening to its closing brace.
-std::shared_ptr<DataObject> JsonReader::ReadNestedObject(DocumentBuilder& builder) {
+// Takes an opening brace; false, and an error, when too many objects are open.
+bool JsonReader::BeginObject(DocumentBuilder& builder) {
   if (builder.Depth() >= MAXIMUM_NESTING) {
     lexer_.SetError();
-    return nullptr;
+    return false;
   }
   lexer_.TakeChar(L'{');
-  std::shared_ptr<DataObject> object = ReadObject(builder);
-  lexer_.ExpectChar(L'}');
-  return object;
-}
-
-// Reads a property's items. Texts stay compact; from the first object on the items are a value of their own.
-void JsonReader::ReadArray(DocumentBuilder& builder) {
-  std::wstring_view text;
-  bool escaped = false;
-  auto kind = DataValue::Null;
-  auto array_kind = DataValue::Null;
-  builder.BeginItems();
-  do {
-    if (ReadScalar(text, escaped, kind)) {
-      array_kind = array_kind == DataValue::Null ? kind : array_kind;
-      builder.AddItem(text, escaped);
-    } else if (lexer_.Peek() == L'{') {
-      DataValue value;
-      builder.AbandonItems(value, array_kind);
-      ReadItems(builder, value);
-      builder.SetValue(std::move(value));
-      return;
-    }
-  } while (lexer_.TakeChar(L','));
-  builder.EndItems(array_kind);
-}
-
-void JsonReader::ReadItems(DocumentBuilder& builder, DataValue& value) {
-  std::wstring_view text;
-  bool escaped = false;
-  auto kind = DataValue::Null;
-  do {
-    if (!ReadScalar(text, escaped, kind)) {
-      if (lexer_.Peek() == L'{') {
-        value.AddObject(ReadNestedObject(builder));
-      }
-    } else if (kind == DataValue::String) {
-      value.AddStringValue(Utilities::JsonEncoder::FromEscapedString(std::wstring(text)));
-    } else if (kind == DataValue::Integer) {
-      value.AddIntValue(std::wstring(text));
-    } else {
-      value.AddBooleanValue(std::wstring(text));
-    }
-  } while (lexer_.TakeChar(L','));
+  builder.OpenObject();
+  return true;
 }
 
 }  // namespace Zelto::Json

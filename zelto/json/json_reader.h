@@ -8,22 +8,21 @@
 
 #include <memory>
 #include <string>
-#include <string_view>
 
 namespace Zelto::Json {
 
 class DocumentBuilder;
 
-/// Reads a subset of JSON into `DataObject`s. The root is an object; scalars are strings, integers of any length, booleans
-/// and null; arrays hold strings, integers, booleans or objects, not arrays or null. An empty array reads as null. Of an
-/// array of mixed items remains what `DataValue::AddStringValue` and its sisters make of them.
+/// Reads a subset of JSON into `DataObject`s. The root is an object; scalars are strings, integers of any length,
+/// booleans and null; arrays hold strings, integers, booleans or objects, not arrays or null. An empty array reads as
+/// null. Of an array of mixed items remains what `DataValue::AddStringValue` and its sisters make of them.
 ///
 /// Beyond JSON, accepted by design: a comma before a closing brace or bracket, a property without a value (it is left
-/// out), leading zeros and plus signs, a sign alone as an integer, raw control characters in strings, and anything after
-/// the root's closing brace. A null under an empty key is left out.
+/// out), leading zeros and plus signs, a sign alone as an integer, raw control characters in strings, and anything
+/// after the root's closing brace. A null under an empty key is left out.
 ///
-/// Objects within objects beyond `MAXIMUM_NESTING` are a syntax error, arrays between them do not count; at the limit 256
-/// KiB of stack are enough. Linear in the text, apart from sorting the keys of objects whose keys are not in order.
+/// Objects within objects beyond `MAXIMUM_NESTING` are a syntax error, arrays between them do not count; at the limit
+/// 256 KiB of stack are enough. Linear in the text, apart from sorting the keys of objects whose keys are not in order.
 class ZELTO_API JsonReader {
  public:
   /// So many objects may be open at the same time, the root included.
@@ -54,14 +53,16 @@ class ZELTO_API JsonReader {
   void ParseArray(DataValue& value);
 
  private:
+  struct Scalar;
+
   template <typename Read>
   void WithBuilder(const Read& read);
   std::shared_ptr<DataObject> ReadObject(DocumentBuilder& builder);
-  bool ReadScalar(std::wstring_view& text, bool& escaped, DataValue::EType& kind);
-  void ReadMember(DocumentBuilder& builder);
-  std::shared_ptr<DataObject> ReadNestedObject(DocumentBuilder& builder);
-  void ReadArray(DocumentBuilder& builder);
-  void ReadItems(DocumentBuilder& builder, DataValue& value);
+  bool ReadMembers(DocumentBuilder& builder);
+  bool ReadMember(DocumentBuilder& builder);
+  bool ReadItems(DocumentBuilder& builder);
+  bool BeginObject(DocumentBuilder& builder);
+  inline bool ReadScalar(Scalar& scalar);
 
   Lexer lexer_;
   bool allow_duplicates_ = false;

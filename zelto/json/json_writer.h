@@ -14,12 +14,13 @@
 
 namespace Zelto::Json {
 
-/// Writes `DataObject`s as compact JSON, properties in the order of their keys, or a document property by property without
-/// building it first. There is no white space in the output. Objects may be nested as deep as memory allows; one that is
-/// nested in itself is refused with `std::runtime_error` "Cyclic JSON object", when a part of it has been written.
+/// Writes `DataObject`s as compact JSON, properties in the order of their keys, or a document property by property
+/// without building it first. There is no white space in the output. Objects may be nested as deep as memory allows;
+/// one that is nested in itself is refused with `std::runtime_error` "Cyclic JSON object", when a part of it has been
+/// written.
 ///
-/// Text is written unformatted: the stream's locale, width and flags do not matter, and its errors stay with the stream.
-/// A writer, and its stream, belong to one thread at a time.
+/// Text is written unformatted: the stream's locale, width and flags do not matter, and its errors stay with the
+/// stream. A writer, and its stream, belong to one thread at a time.
 class ZELTO_API JsonWriter {
  public:
   /// @param stream  not owned; must outlive the writer and its copies
@@ -29,7 +30,8 @@ class ZELTO_API JsonWriter {
 
   /// The JSON text of an object.
   ///
-  /// @param skip_null_or_empty  leaves out properties whose value is null, an empty array, or an object value that holds no
+  /// @param skip_null_or_empty  leaves out properties whose value is null, an empty array, or an object value that
+  /// holds no
   ///                            object; empty strings and objects without properties are still written
   static std::wstring Encode(const DataObject& object, bool skip_null_or_empty = false);
   /// An empty pointer gives "{}".
@@ -52,8 +54,8 @@ class ZELTO_API JsonWriter {
   /// written as it is, non-printing characters included.
   void WriteStringValue(const std::wstring& text);
 
-  /// Writes a property of the innermost object, with a comma in front where one is needed. Keys are written as they are,
-  /// without escaping.
+  /// Writes a property of the innermost object, with a comma in front where one is needed. Keys are written as they
+  /// are, without escaping.
   void WriteProperty(const std::wstring& key, const std::wstring& value);
   void WriteProperty(const std::wstring& key, int value);
   void WriteProperty(const std::wstring& key, unsigned int value);

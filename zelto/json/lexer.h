@@ -17,8 +17,8 @@ namespace Zelto::Json {
 /// pieces as the whole text in one line; only a quoted string does not go on in the next line.
 ///
 /// Every operation first skips white space (ASCII blank, tab, line feed, vertical tab, form feed, carriage return) and
-/// reads further lines when the current one is used up. What a Get operation does not find sets the error flag; once it is
-/// set, nothing is found any more. A Check operation never leaves an error of its own behind.
+/// reads further lines when the current one is used up. What a Get operation does not find sets the error flag; once it
+/// is set, nothing is found any more. A Check operation never leaves an error of its own behind.
 ///
 /// One thread at a time. Copies read on independently, from a copy of the line source.
 class ZELTO_API Lexer {

@@ -15,8 +15,8 @@ namespace {
 // Up to so many nodes a key is looked for one by one.
 constexpr std::size_t kLinearSearchLimit = 8;
 
-// What remains to be destroyed on this thread while a document is destroyed: the destructors of nested objects add to it
-// instead of recursing.
+// What remains to be destroyed on this thread while a document is destroyed: the destructors of nested objects add to
+// it instead of recursing.
 struct Doomed {
   bool running;
   ObjectStorage* first;
@@ -33,8 +33,7 @@ ObjectStorage* ObjectStorage::Allocate(std::size_t count, std::size_t units) {
       count * sizeof(PropertyNode) + units * sizeof(char16_t) > kMaximumBytes) {
     throw std::length_error("JSON text too long");
   }
-  void* memory =
-      ::operator new(sizeof(ObjectStorage) + count * sizeof(PropertyNode) + units * sizeof(char16_t));
+  void* memory = ::operator new(sizeof(ObjectStorage) + count * sizeof(PropertyNode) + units * sizeof(char16_t));
   auto* storage = new (memory) ObjectStorage(static_cast<std::uint32_t>(count));
   std::uninitialized_value_construct_n(storage->Nodes(), count);
   return storage;

@@ -26,14 +26,14 @@ struct PropertyNode {
 };
 
 /// The properties of one object. A document that is read or copied is one piece of memory per object: this header, the
-/// nodes in the order of their keys, the text of keys and values. A property that is added later is a node of its own, and
-/// a tree of all nodes then tells the order. Nodes never move.
+/// nodes in the order of their keys, the text of keys and values. A property that is added later is a node of its own,
+/// and a tree of all nodes then tells the order. Nodes never move.
 class ObjectStorage {
  public:
   using Deleter = void (*)(ObjectStorage*);
 
-  /// Storage with `count` nodes of empty keys and null values, which the caller fills in the order of their keys, and room
-  /// for `units` of text.
+  /// Storage with `count` nodes of empty keys and null values, which the caller fills in the order of their keys, and
+  /// room for `units` of text.
   ///
   /// @throws std::length_error  "JSON text too long"
   static ObjectStorage* Allocate(std::size_t count, std::size_t units);
@@ -90,9 +90,9 @@ class ObjectStorage {
   void MakeIndex();
   static void DestroyOne(ObjectStorage* storage) noexcept;
 
-  Index* index_ = nullptr;                 // of all nodes, once one has been added
-  ObjectStorage* next_doomed_ = nullptr;   // while a document is destroyed
-  std::uint32_t count_;                    // of the nodes behind this header
+  Index* index_ = nullptr;                // of all nodes, once one has been added
+  ObjectStorage* next_doomed_ = nullptr;  // while a document is destroyed
+  std::uint32_t count_;                   // of the nodes behind this header
   std::atomic<bool> owning_{false};
 };
 

@@ -39,8 +39,8 @@ class TextOutput {
     cursor_ += text.size();
   }
 
-  /// A text in double quotes. With a masked character in it, masked and non-printing ones are escaped; without one, it is
-  /// written as it is.
+  /// A text in double quotes. With a masked character in it, masked and non-printing ones are escaped; without one, it
+  /// is written as it is.
   template <typename Unit>
   void PutString(std::basic_string_view<Unit> text) {
     wchar_t* to = Room(text.size() + 2);
@@ -83,7 +83,7 @@ class TextOutput {
     if (stream_ != nullptr && Used() >= kFlushSize) {
       Flush();
     }
-    const std::size_t used = cursor_ == nullptr ? 0 : Used();
+    const std::size_t used = Used();
     text_.resize(std::max(text_.size(), used + count + kStep));
     cursor_ = text_.data() + used;
     end_ = text_.data() + text_.size();
@@ -99,8 +99,8 @@ class TextOutput {
   }
 
   std::wstring text_;
-  wchar_t* cursor_ = nullptr;
-  wchar_t* end_ = nullptr;
+  wchar_t* cursor_ = text_.data();
+  wchar_t* end_ = cursor_;
   std::wostream* stream_ = nullptr;
 };
 

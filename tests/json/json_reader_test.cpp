@@ -1,0 +1,352 @@
+#include "zelto/json/json_reader.h"
+
+#include "zelto/json/json_encoder.h"
+#include "zelto/json/json_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace Zelto::Json {
+namespace {
+
+// What becomes of a text: what the writer makes of the document, "-" when it is not accepted, or the exception's text.
+std::string OutcomeOf(const std::function<std::shared_ptr<DataObject>()>& read) {
+  try {
+    const auto object = read();
+    if (object == nullptr) {
+      return "-";
+    }
+    std::string outcome;
+    for (const wchar_t c : JsonWriter::Encode(*object)) {
+      outcome += c < 0x7F ? std::string(1, static_cast<char>(c)) : '<' + std::to_string(static_cast<unsigned>(c)) + '>';
+    }
+    return outcome;
+  } catch (const std::exception& e) {
+    return e.what();
+  }
+}
+
+std::string OutcomeOf(const std::wstring& text, bool allow_duplicates) {
+  return OutcomeOf([&] { return JsonReader::Decode(text, allow_duplicates); });
+}
+
+constexpr char kNotAccepted[] = "-";
+constexpr char kDuplicate[] = "Duplicate attribute";
+constexpr char kNoDigit[] = "invalid stoul argument";
+
+TEST(JsonReader, ReadsItsLanguage) {
+  struct Case {
+    std::wstring text;
+    std::string outcome;
+  };
+  const Case cases[] = {
+      // The root.
+      {L"", kNotAccepted},
+      {L" \t\r\n\v\f", kNotAccepted},
+      {L"[]", kNotAccepted},
+      {L"\"a\"", kNotAccepted},
+      {L"{", kNotAccepted},
+      {L"}", kNotAccepted},
+      {L"\uFEFF{}", kNotAccepted},
+      {L"\u00A0{}", kNotAccepted},
+      {L"{}", "{}"},
+      {L" \t\r\n\v\f{ \n } garbage \"", "{}"},
+      {L"{}}{", "{}"},
+      // Scalars.
+      {L"{\"a\":\"x\",\"b\":-12,\"c\":true,\"d\":false,\"e\":null}",
+       R"({"a":"x","b":-12,"c":true,"d":false,"e":null})"},
+      {L" { \"b\" : 1 , \"a\" : 2 } ", R"({"a":2,"b":1})"},
+      {L"{\"a\":+5,\"b\":007,\"c\":-,\"d\":+}", R"({"a":+5,"b":007,"c":-,"d":+})"},
+      {L"{\"a\":123456789012345678901234567890}", R"({"a":123456789012345678901234567890})"},
+      {L"{\"a\":1.5}", kNotAccepted},
+      {L"{\"a\":1e5}", kNotAccepted},
+      {L"{\"a\":--1}", kNotAccepted},
+      {L"{\"a\":1 2}", kNotAccepted},
+      {L"{\"a\":\uFF11}", kNotAccepted},
+      {L"{\"a\":trueish}", kNotAccepted},
+      {L"{\"a\":true1}", kNotAccepted},
+      {L"{\"a\":tru}", kNotAccepted},
+      {L"{\"a\":nullx}", kNotAccepted},
+      {L"{\"a\":True}", kNotAccepted},
+      // Commas, and properties without a value.
+      {L"{\"a\":1,}", R"({"a":1})"},
+      {L"{\"a\":[1,2,],}", R"({"a":[1,2]})"},
+      {L"{,}", kNotAccepted},
+      {L"{\"a\":1,,}", kNotAccepted},
+      {L"{\"a\":1 \"b\":2}", kNotAccepted},
+      {L"{\"a\":}", "{}"},
+      {L"{\"a\":,\"b\":1}", R"({"b":1})"},
+      {L"{\"a\":,}", "{}"},
+      {L"{\"a\"}", kNotAccepted},
+      {L"{\"a\" 1}", kNotAccepted},
+      {L"{a:1}", kNotAccepted},
+      {L"{\"\":null}", "{}"},
+      {L"{\"\":1}", R"({"":1})"},
+      {L"{\"\":[]}", R"({"":null})"},
+      // Arrays.
+      {L"{\"a\":[]}", R"({"a":null})"},
+      {L"{\"a\":[,]}", R"({"a":null})"},
+      {L"{\"a\":[1,,2]}", R"({"a":[1,2]})"},
+      {L"{\"a\":[,1]}", R"({"a":[1]})"},
+      {L"{\"a\":[\"\"]}", R"({"a":[""]})"},
+      {L"{\"a\":[true,false]}", R"({"a":[true,false]})"},
+      {L"{\"a\":[1,\"x\",true]}", R"({"a":[1,x,true]})"},
+      {L"{\"a\":[\"x\",1,true]}", R"({"a":["x","1","true"]})"},
+      {L"{\"a\":[{},{\"b\":[{}]}]}", R"({"a":[{},{"b":[{}]}]})"},
+      {L"{\"a\":[\"x\",{\"b\":1}]}", R"({"a":[{"b":1}]})"},
+      {L"{\"a\":[{\"b\":1},\"x\"]}", R"({"a":["x"]})"},
+      {L"{\"a\":[\"y\",{\"b\":1},\"x\"]}", R"({"a":["x"]})"},
+      {L"{\"a\":[{\"b\":1},2,true,{\"c\":3}]}", R"({"a":[{"b":1},{"c":3}]})"},
+      {L"{\"a\":[[1]]}", kNotAccepted},
+      {L"{\"a\":[1,[2]]}", kNotAccepted},
+      {L"{\"a\":[null]}", kNotAccepted},
+      {L"{\"a\":[1,null]}", kNotAccepted},
+      {L"{\"a\":[1 2]}", kNotAccepted},
+      {L"{\"a\":[1}", kNotAccepted},
+      {L"{\"a\":{]}", kNotAccepted},
+      {L"{\"a\":[{]}", kNotAccepted},
+      // Strings. One without an end is never accepted, wherever its quote stands.
+      {L"{\"a\":\"", kNotAccepted},
+      {L"{\"a\":\"}", kNotAccepted},
+      {L"{\"a\":\"\\\"}", kNotAccepted},
+      {L"{\"a\":\"\\", kNotAccepted},
+      {L"{\"}", kNotAccepted},
+      {L"{\"a\":1,\"}", kNotAccepted},
+      {L"{\"a\":[\"]}", kNotAccepted},
+      {L"{\"a\":[1,\"]}", kNotAccepted},
+      {L"{\"a\":[{},\"]}", kNotAccepted},
+      {L"{\"a\":{\"}}", kNotAccepted},
+      {L"{\"a\":\"2,\\\"b}", kNotAccepted},
+      {L"{\"a\\n\":\"\\u0041\\/\"}", R"({"a\n":"A\/"})"},
+      {L"{\"a\":\"\n\t\x01\"}", R"({"a":"\n\t\u0001"})"},
+      {L"{\"a\":\"\x01\"}", "{\"a\":\"\x01\"}"},
+      {L"{\"\\u00e9\":\"\u20ac\\ud83d\\ude00\"}", R"({"<233>":"<8364><55357><56832>"})"},
+      {L"{\"a\":\"\\uzzzz\"}", kNoDigit},
+      {L"{\"\\uzzzz\":1}", kNoDigit},
+      {L"{\"a\":[\"\\uzzzz\"]}", kNoDigit},
+      {L"{\"a\":[{},\"\\uzzzz\"]}", kNoDigit},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(OutcomeOf(c.text, false), c.outcome) << c.text;
+    EXPECT_EQ(OutcomeOf(c.text, true), c.outcome) << c.text;
+  }
+}
+
+TEST(JsonReader, RepeatedKeysThrowOrReplaceWholly) {
+  struct Case {
+    std::wstring text;
+    std::string refused;
+    std::string allowed;
+  };
+  const Case cases[] = {
+      {L"{\"a\":1,\"a\":2}", kDuplicate, R"({"a":2})"},
+      {L"{\"a\":[1],\"a\":[2]}", kDuplicate, R"({"a":[2]})"},
+      {L"{\"a\":[1],\"a\":2}", kDuplicate, R"({"a":2})"},
+      {L"{\"a\":\"x\",\"a\":[\"y\"]}", kDuplicate, R"({"a":["y"]})"},
+      {L"{\"a\":[{}],\"a\":\"y\"}", kDuplicate, R"({"a":"y"})"},
+      {L"{\"a\":{\"b\":1},\"a\":{\"c\":2}}", kDuplicate, R"({"a":{"c":2}})"},
+      {L"{\"a\":1,\"a\":[]}", kDuplicate, R"({"a":null})"},
+      {L"{\"a\":1,\"a\":}", kDuplicate, R"({"a":1})"},
+      {L"{\"\":1,\"\":null}", kDuplicate, R"({"":1})"},
+      {L"{\"x\":1,\"\\u0078\":2}", kDuplicate, R"({"x":2})"},
+      // What has no value is not there.
+      {L"{\"a\":,\"a\":1}", R"({"a":1})", R"({"a":1})"},
+      {L"{\"\":null,\"\":1}", R"({"":1})", R"({"":1})"},
+      {L"{\"a\":1,\"b\":{\"a\":2}}", R"({"a":1,"b":{"a":2}})", R"({"a":1,"b":{"a":2}})"},
+      // What comes first counts: the repeated key, or what is wrong before it.
+      {L"{\"a\":1,\"a\"", kDuplicate, kNotAccepted},
+      {L"{\"a\":1,\"a\":1.5}", kDuplicate, kNotAccepted},
+      {L"{\"a\":1,\"a\":2,\"b\":{\"c\":\"\\uzzzz\"}}", kDuplicate, kNoDigit},
+      {L"{\"a\":1,\"b\":{\"c\":[{\"d\":1,\"d\":[[", kDuplicate, kNotAccepted},
+      {L"{\"a\":1,\"a\":{\"b\":\"\\uzzzz\"}}", kDuplicate, kNoDigit},
+      {L"{\"a\":1,\"\\uzzzz\":2,\"a\":3}", kNoDigit, kNoDigit},
+      {L"{\"a\":1,\"b\":1.5,\"a\":2}", kNotAccepted, kNotAccepted},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(OutcomeOf(c.text, false), c.refused) << c.text;
+    EXPECT_EQ(OutcomeOf(c.text, true), c.allowed) << c.text;
+  }
+}
+
+TEST(JsonReader, SortsAndFindsRepeatedKeysInLargeObjects) {
+  std::mt19937 random(7);
+  for (const int count : {31, 33, 2000}) {
+    std::wstring text = L"{";
+    for (int i = 0; i < count; ++i) {
+      text += L"\"key" + std::to_wstring(random() % 100000) + L"x" + std::to_wstring(i) + L"\":" + std::to_wstring(i) +
+              L',';
+    }
+    const auto object = JsonReader::Decode(text + L'}', false);
+    ASSERT_NE(object, nullptr);
+    std::wstring last;
+    int seen = 0;
+    for (const auto& [key, value] : *object) {
+      EXPECT_LT(last, key);
+      EXPECT_EQ(key.substr(key.find(L'x') + 1), value.GetString());
+      last = key;
+      ++seen;
+    }
+    EXPECT_EQ(seen, count);
+    const std::wstring repeated = text + L'"' + last + L"\":-1}";
+    EXPECT_THROW(JsonReader::Decode(repeated, false), std::runtime_error);
+    EXPECT_EQ(JsonReader::Decode(repeated, true)->GetIntValue(last, 0), -1);
+  }
+}
+
+TEST(JsonReader, LongTextsSurvive) {
+  for (const std::size_t length : {std::size_t{0x7FFF}, std::size_t{0x8000}, std::size_t{200000}}) {
+    const std::wstring text(length, L'\u20ac');
+    const auto object = JsonReader::Decode(
+        L"{\"" + text + L"\":\"" + text + L"\",\"l\":[\"" + text + L"\",\"\\n\",\"" + text + L"\"]}", false);
+    ASSERT_NE(object, nullptr);
+    EXPECT_EQ(object->GetStringValue(text, L""), text);
+    EXPECT_EQ(object->GetValue(L"l").GetStringArray(), (std::vector<std::wstring>{text, L"\n", text}));
+  }
+}
+
+class OpenedReader : public JsonReader {
+ public:
+  using JsonReader::Parse;
+  using JsonReader::ParseArray;
+  using JsonReader::ParseObject;
+};
+
+TEST(JsonReader, PartsCanBeReadByDerivedReaders) {
+  OpenedReader reader;
+  reader.InitializeReader(L"\"a\":[1,{\"b\":\"x\"}],\"c\":2} rest");
+  OpenedReader copy(reader);
+  EXPECT_EQ(OutcomeOf([&] { return reader.ParseObject(); }), R"({"a":[{"b":"x"}],"c":2})");
+
+  DataValue value;
+  value.AddIntValue(L"0");
+  copy.InitializeReader(L"1,\"\\u0041\",true]");
+  copy.ParseArray(value);
+  EXPECT_EQ(value.GetStringArray(), (std::vector<std::wstring>{L"0", L"1", L"A", L"true"}));
+  EXPECT_EQ(value.GetType(), DataValue::Integer);
+
+  OpenedReader empty;
+  EXPECT_EQ(empty.Parse(L""), nullptr);
+  empty.InitializeReader(L"");
+  EXPECT_TRUE(empty.ParseObject()->IsEmpty());
+}
+
+// The same language, read with the lexer's and the model's public operations alone, from one line or from several.
+class PlainReader {
+ public:
+  PlainReader(const std::wstring& text, bool by_lines, bool allow_duplicates) : allow_duplicates_(allow_duplicates) {
+    std::vector<std::wstring> lines{L""};
+    for (const wchar_t c : text) {
+      if (c == L'\n' && by_lines) {
+        lines.emplace_back();
+      } else {
+        lines.back().push_back(c);
+      }
+    }
+    lexer_.SetReadLine([lines, next = std::size_t{0}](std::wstring& line) mutable {
+      return next < lines.size() ? (line = lines[next++], true) : false;
+    });
+  }
+
+  std::shared_ptr<DataObject> Read() {
+    lexer_.GetChar(L'{');
+    auto object = ReadObject();
+    lexer_.GetChar(L'}');
+    return lexer_.HasError() ? nullptr : object;
+  }
+
+ private:
+  std::shared_ptr<DataObject> ReadObject() {
+    auto object = std::make_shared<DataObject>();
+    std::wstring key;
+    std::wstring text;
+    IntegerToken integer;
+    BooleanToken boolean;
+    while (lexer_.CheckQuotedString(key)) {
+      key = Utilities::JsonEncoder::FromEscapedString(key);
+      if (object->Contains(key) && !allow_duplicates_) {
+        throw std::runtime_error(kDuplicate);
+      }
+      lexer_.GetChar(L':');
+      if (lexer_.CheckChar(L'{')) {
+        auto child = ReadObject();
+        object->GetValue(key) = DataValue();
+        object->SetObject(key, child);
+        lexer_.GetChar(L'}');
+      } else if (lexer_.CheckChar(L'[')) {
+        object->GetValue(key) = DataValue();
+        ReadArray(object->GetValue(key));
+        lexer_.GetChar(L']');
+      } else if (lexer_.CheckQuotedString(text)) {
+        text = Utilities::JsonEncoder::FromEscapedString(text);
+        object->GetValue(key) = DataValue();
+        object->SetValue(key, text);
+      } else if (lexer_.CheckInteger(integer)) {
+        object->GetValue(key) = DataValue();
+        object->SetIntValue(key, integer);
+      } else if (lexer_.CheckJsonBoolean(boolean)) {
+        object->GetValue(key) = DataValue();
+        object->SetBooleanValue(key, boolean);
+      } else if (lexer_.CheckString(L"null") && !key.empty()) {
+        object->GetValue(key) = DataValue();
+      }
+      if (!lexer_.CheckChar(L',')) {
+        break;
+      }
+    }
+    return object;
+  }
+
+  void ReadArray(DataValue& value) {
+    std::wstring text;
+    IntegerToken integer;
+    BooleanToken boolean;
+    do {
+      if (lexer_.CheckQuotedString(text)) {
+        value.AddStringValue(Utilities::JsonEncoder::FromEscapedString(text));
+      } else if (lexer_.CheckInteger(integer)) {
+        value.AddIntValue(integer.GetText());
+      } else if (lexer_.CheckJsonBoolean(boolean)) {
+        value.AddBooleanValue(boolean.GetText());
+      } else if (lexer_.CheckChar(L'{')) {
+        value.AddObject(ReadObject());
+        lexer_.GetChar(L'}');
+      }
+    } while (lexer_.CheckChar(L','));
+  }
+
+  Lexer lexer_;
+  bool allow_duplicates_;
+};
+
+TEST(JsonReader, AgreesWithAPlainReaderOnRandomTexts) {
+  const std::vector<std::wstring> pieces = {
+      L"{",           L"}",        L"[",      L"]",      L",",       L":",    L"\"a\"",  L"\"b\"",      L"\"\"",
+      L"1",           L"-2",       L"+",      L"true",   L"false",   L"null", L"\n",     L" ",          L"\"x\\u0041\"",
+      L"\"\\uz000\"", L"{\"a\":",  L"\"b\":", L"\"c\":", L",\"d\":", L"[1,2", L"[\"x\"", L"[{\"a\":1}", L"},",
+      L"],",          L"\"e\":{}", L"x"};
+  std::mt19937 random(20240229);
+  int accepted = 0;
+  for (int i = 0; i < 20000; ++i) {
+    std::wstring text = L"{";
+    const auto length = random() % 14;
+    for (unsigned j = 0; j < length; ++j) {
+      text += pieces[random() % pieces.size()];
+    }
+    text += random() % 4 == 0 ? L"" : L"}";
+    const bool allow = i % 2 == 0;
+    const std::string outcome = OutcomeOf(text, allow);
+    ASSERT_EQ(outcome, OutcomeOf([&] { return PlainReader(text, false, allow).Read(); })) << text;
+    ASSERT_EQ(outcome, OutcomeOf([&] { return PlainReader(text, true, allow).Read(); })) << text;
+    accepted += outcome[0] == '{' ? 1 : 0;
+  }
+  EXPECT_GT(accepted, 1000);
+}
+
+}  // namespace
+}  // namespace Zelto::Json
