@@ -31,7 +31,7 @@ inline bool TryNarrow(const wchar_t* from, std::size_t count, char16_t* to) noex
     }
     return seen <= 0xFFFFU;
   } else {
-    std::memcpy(to, from, count * sizeof(*to));
+    std::copy_n(reinterpret_cast<const char*>(from), count * sizeof(*to), reinterpret_cast<char*>(to));
     return true;
   }
 }
@@ -42,7 +42,7 @@ inline void Widen(const char16_t* from, std::size_t count, wchar_t* to) noexcept
       to[i] = static_cast<wchar_t>(from[i]);
     }
   } else {
-    std::memcpy(to, from, count * sizeof(*to));
+    std::copy_n(reinterpret_cast<const char*>(from), count * sizeof(*to), reinterpret_cast<char*>(to));
   }
 }
 

@@ -182,7 +182,7 @@ std::shared_ptr<DataObject> DocumentBuilder::CloseObject() {
     ObjectStorage* const storage = ObjectStorage::Allocate(count, units);
     ObjectStorage::Attach(*object, storage);
     char16_t* const text = storage->Text();
-    std::memcpy(text, text_.Data() + share.text, units * sizeof(char16_t));
+    std::copy_n(text_.Data() + share.text, units, text);
     PropertyNode* node = storage->Nodes();
     for (std::size_t i = share.members; i < members_.size(); ++i, ++node) {
       const Member& member = members_[i];
