@@ -88,26 +88,27 @@ class ZELTO_API DataObject {
   Iterator end() const noexcept { return {}; }
 
   /// Whether there is a value under the key, a null included. False through a null pointer.
-  bool Contains(const std::wstring& key) const;
+  ZELTO_NULL_OBJECT_ALLOWED bool Contains(const std::wstring& key) const;
 
   /// The value under the key; a missing one is inserted as a null. The reference stays valid until this object is
   /// assigned to or destroyed.
   DataValue& GetValue(const std::wstring& key);
 
   /// `DataValue::GetStringValue` of the value under the key; `default_value` when there is none.
-  std::wstring GetStringValue(const std::wstring& key, const std::wstring& default_value) const;
+  ZELTO_NULL_OBJECT_ALLOWED std::wstring GetStringValue(const std::wstring& key,
+                                                        const std::wstring& default_value) const;
   /// `DataValue::GetIntValue` of the value under the key; `default_value` when there is none.
-  std::int32_t GetIntValue(const std::wstring& key, std::int32_t default_value) const;
+  ZELTO_NULL_OBJECT_ALLOWED std::int32_t GetIntValue(const std::wstring& key, std::int32_t default_value) const;
   /// `DataValue::GetUint64Value` of the value under the key; `default_value` when there is none.
-  std::uint64_t GetUint64Value(const std::wstring& key, std::uint64_t default_value) const;
+  ZELTO_NULL_OBJECT_ALLOWED std::uint64_t GetUint64Value(const std::wstring& key, std::uint64_t default_value) const;
   /// `DataValue::GetBooleanValue` of the value under the key; `default_value` when there is none.
-  bool GetBooleanValue(const std::wstring& key, bool default_value) const;
+  ZELTO_NULL_OBJECT_ALLOWED bool GetBooleanValue(const std::wstring& key, bool default_value) const;
   /// `DataValue::GetObject` of the value under the key; an empty pointer when there is none.
-  std::shared_ptr<const DataObject> GetDataObject(const std::wstring& key) const;
+  ZELTO_NULL_OBJECT_ALLOWED std::shared_ptr<const DataObject> GetDataObject(const std::wstring& key) const;
   /// `DataValue::GetObjectArray` of the value under the key; one shared empty list when there is none.
   const std::vector<std::shared_ptr<DataObject>>& GetObjectArray(const std::wstring& key) const;
   /// True when there is no value under the key, or a null.
-  bool IsNullValue(const std::wstring& key) const;
+  ZELTO_NULL_OBJECT_ALLOWED bool IsNullValue(const std::wstring& key) const;
 
   /// `GetValue(key).SetValue(value)`.
   void SetValue(const std::wstring& key, std::wstring value);
