@@ -5,8 +5,6 @@
 #include "zelto/threading/failure_report.h"
 
 #include <algorithm>
-#include <array>
-#include <span>
 #include <utility>
 
 namespace Zelto::Utilities {
@@ -29,30 +27,52 @@ PipeObserver::PipeObserver(Platform::PipeSettings settings, SharedHandle stop, S
 
 std::shared_ptr<NamedPipeInstance> PipeObserver::WaitForNewClient(std::uint32_t timeout_ms) {
   ListenAgain();
+  if (connected_.empty()) {
+    Wait(timeout_ms);
+  }
+  TakeConnected();
+  if (connected_.empty()) {
+    return nullptr;
+  }
+  std::shared_ptr<NamedPipeInstance> client = std::move(connected_.front());
+  connected_.pop_front();
+  return client;
+}
+
+void PipeObserver::Wait(std::uint32_t timeout_ms) {
   std::vector<Platform::Waitable> things{stop_, wake_};
   for (Listening& instance : listening_) {
     things.emplace_back(*instance.connecting);
   }
-  const std::uint32_t ready = Platform::WaitForAny(things, UntilRetry(timeout_ms));
-  if (ready == Platform::kWaitFailed) {
+  if (Platform::WaitForAny(things, UntilRetry(timeout_ms)) == Platform::kWaitFailed) {
     const Win32Exception error("Wait on overlap event failed");
     Postpone();
     Platform::WaitForEvent(stop_, UntilRetry(Platform::kInfinite));
     throw error;
   }
-  if (ready < 2 || ready >= things.size()) {
-    return nullptr;
+}
+
+void PipeObserver::TakeConnected() {
+  bool taken = true;
+  while (taken && connected_.size() < MultiClientNamedPipeServer::LISTENING_INSTANCES) {
+    taken = false;
+    std::erase_if(listening_, [&](const Listening& instance) {
+      std::uint32_t unused = 0;
+      const Platform::ErrorCode code = instance.connecting->Finish(unused);
+      if (code == Platform::kIoIncomplete) {
+        return false;
+      }
+      if (code == Platform::kSuccess) {
+        connected_.push_back(instance.instance);
+        taken = true;
+      } else {
+        ReportFailure(L"A client is lost",
+                      Win32Exception("Error reading pending IO from named pipe while connecting. Error Code:", code));
+      }
+      return true;
+    });
+    ListenAgain();
   }
-  const auto chosen = listening_.begin() + static_cast<std::ptrdiff_t>(ready - 2);
-  const Listening connected = std::move(*chosen);
-  listening_.erase(chosen);
-  std::uint32_t unused = 0;
-  const Platform::ErrorCode error = connected.connecting->Finish(unused);
-  ListenAgain();
-  if (error != Platform::kSuccess) {
-    throw Win32Exception("Error reading pending IO from named pipe while connecting. Error Code:", error);
-  }
-  return connected.instance;
 }
 
 PipeObserver::Listening PipeObserver::Connect() {

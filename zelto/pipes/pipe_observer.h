@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <vector>
 
@@ -24,7 +25,8 @@ class PipeObserver {
   /// Has instances listen where there are too few. What fails is reported, and left alone until its pause is over.
   void ListenAgain() noexcept;
 
-  /// Waits for a client. By the time it returns another instance listens in place of the one it hands out.
+  /// Waits for a client. Of several that have connected all are taken, and other instances listen in place of theirs,
+  /// before the first is handed out.
   ///
   /// @return the instance; null when an event or the time-out came first
   std::shared_ptr<NamedPipeInstance> WaitForNewClient(std::uint32_t timeout_ms);
@@ -38,6 +40,8 @@ class PipeObserver {
   };
 
   Listening Connect();
+  void Wait(std::uint32_t timeout_ms);
+  void TakeConnected();
   std::uint32_t UntilRetry(std::uint32_t timeout_ms) const noexcept;
   void Postpone() noexcept;
 
@@ -45,6 +49,7 @@ class PipeObserver {
   const SharedHandle stop_;
   const SharedHandle wake_;
   std::vector<Listening> listening_;
+  std::deque<std::shared_ptr<NamedPipeInstance>> connected_;
   std::uint32_t failures_ = 0;
   Clock::time_point retry_at_;
 };
