@@ -1,5 +1,5 @@
-#include "tests/files/child_process.h"
 #include "tests/files/log_support.h"
+#include "tests/support/child_process.h"
 #include "zelto/files/file_appender.h"
 
 #include <gtest/gtest.h>
@@ -43,15 +43,12 @@ std::vector<std::string> WriterArguments(const TempFolder& folder, const std::st
 TEST(LogProcesses, LinesOfTwoProcessesDoNotMix) {
   constexpr int kLines = 500;
   const TempFolder folder;
-  std::vector<ChildProcess> writers;
-  for (const char* name : {"A", "B"}) {
-    writers.emplace_back(LOG_WRITER, WriterArguments(folder, name, kLines, 0));
-  }
-  std::string line;
-  for (ChildProcess& writer : writers) {
-    while (writer.ReadLine(line)) {
+  ChildProcess first("log_writer", WriterArguments(folder, "A", kLines, 0));
+  ChildProcess second("log_writer", WriterArguments(folder, "B", kLines, 0));
+  for (ChildProcess* writer : {&first, &second}) {
+    while (!writer->ReadLine().empty()) {
     }
-    EXPECT_EQ(writer.Wait(), 0);
+    EXPECT_EQ(writer->Wait(), 0);
   }
   const std::map<int, int> lines = CollectLines(folder.Path());
   EXPECT_EQ(lines.size(), static_cast<std::size_t>(kLines));
@@ -81,14 +78,14 @@ TEST(LogProcesses, LinesOfTwoAppendersOnTwoThreadsDoNotMix) {
 TEST(LogProcesses, AProcessKilledWhileItRotatesLosesNoLine) {
   for (int round = 0; round < 6; ++round) {
     const TempFolder folder;
-    ChildProcess writer(LOG_WRITER, WriterArguments(folder, "A", 0, -1));
+    ChildProcess writer("log_writer", WriterArguments(folder, "A", 0, -1));
     std::string line;
     int said = -1;
-    while (said < 8 + 2 * round && writer.ReadLine(line)) {
+    while (said < 8 + 2 * round && !(line = writer.ReadLine()).empty()) {
       said = std::stoi(line);
     }
     writer.Kill();
-    while (writer.ReadLine(line)) {
+    while (!(line = writer.ReadLine()).empty()) {
       said = std::stoi(line);
     }
     EXPECT_EQ(writer.Wait(), -1);
