@@ -38,7 +38,7 @@ std::shared_ptr<HandleState> AdoptHandle(void* handle);
 
 /// The value that systems use beside null for "no handle".
 inline void* InvalidHandle() noexcept {
-  return reinterpret_cast<void*>(~static_cast<std::uintptr_t>(0));
+  return reinterpret_cast<void*>(~static_cast<std::uintptr_t>(0));  // NOLINT(performance-no-int-to-ptr)
 }
 
 }  // namespace Zelto::Platform

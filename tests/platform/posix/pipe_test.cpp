@@ -177,16 +177,18 @@ TEST_F(PipeAccess, ServerOfAStrangerIsRefused) {
     sockaddr_un address{AF_UNIX, {}};
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     const int socket = ::socket(AF_UNIX, SOCK_SEQPACKET, 0);
-    ::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
-    ::setuid(kStranger);
-    ::listen(socket, 5);
-    static_cast<void>(!::write(ready[1], "x", 1));
+    const bool listening = ::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
+                           ::setuid(kStranger) == 0 && ::listen(socket, 5) == 0;
+    if (!listening || ::write(ready[1], "x", 1) != 1) {
+      ::_exit(1);
+    }
     ::alarm(60);
     ::pause();
     ::_exit(0);
   }
   char byte = 0;
-  ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+  ::close(ready[1]);
+  ASSERT_EQ(::read(ready[0], &byte, 1), 1) << "the impostor did not come up";
   SharedHandle client;
   EXPECT_EQ(OpenPipe(name, client), kAccessDenied);
   EXPECT_FALSE(client.IsValid());
@@ -194,7 +196,6 @@ TEST_F(PipeAccess, ServerOfAStrangerIsRefused) {
   ::waitpid(impostor, nullptr, 0);
   ::unlink(path.c_str());
   ::close(ready[0]);
-  ::close(ready[1]);
 }
 
 TEST(PipeServers, AnotherProcessKeepsItsNameAndADeadOneLosesIt) {

@@ -11,7 +11,7 @@ namespace Zelto::Platform {
 
 /// A descriptor as the pointer that `SharedHandle::Get` returns, and back.
 inline void* HandleFromDescriptor(int descriptor) noexcept {
-  return reinterpret_cast<void*>(static_cast<std::intptr_t>(descriptor));
+  return reinterpret_cast<void*>(static_cast<std::intptr_t>(descriptor));  // NOLINT(performance-no-int-to-ptr)
 }
 inline int DescriptorFromHandle(void* handle) noexcept {
   return static_cast<int>(reinterpret_cast<std::intptr_t>(handle));

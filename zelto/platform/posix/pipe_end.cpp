@@ -24,7 +24,7 @@ constexpr std::uint32_t kLargestPacket = 64 * 1024;
 // Larger messages that the peer has not received yet may take this much together; one alone may take more.
 constexpr std::uint64_t kMostMemoryOnWay = 4 << 20;
 // What the overflow keeps of its memory between packets.
-constexpr std::size_t kKeptOverflow = 16 * 1024;
+constexpr std::size_t kKeptOverflow = std::size_t{16} * 1024;
 
 }  // namespace
 

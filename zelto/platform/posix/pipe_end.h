@@ -22,7 +22,7 @@ namespace Zelto::Platform {
 /// needed, and given back after a large packet.
 class PacketOverflow {
  public:
-  static constexpr std::size_t kSize = 512 * 1024;
+  static constexpr std::size_t kSize = std::size_t{512} * 1024;
 
   PacketOverflow() noexcept = default;
   ~PacketOverflow();

@@ -66,7 +66,7 @@ std::string PipeFileName(const std::wstring& name) {
   }
   std::string file;
   for (std::size_t i = kPrefix.size(); i < name.size(); ++i) {
-    const auto unit = static_cast<std::uint32_t>(name[i]);
+    const auto unit = static_cast<std::uint32_t>(name[i]);  // NOLINT(bugprone-signed-char-misuse): no char
     if (unit > 0xFFFF) {
       AppendUnit(file, 0xD7C0 + (unit >> 10));
       AppendUnit(file, 0xDC00 + (unit & 0x3FF));
