@@ -1,0 +1,66 @@
+// The round trip of a message to another process and back, beside a bare socket and ZeroMQ. With arguments it only runs
+// one peer, for strace.
+#include "bench/support/interleaved.h"
+#include "peers.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace {
+
+using MakePeer = std::unique_ptr<Peer> (*)(std::size_t);
+
+constexpr unsigned kWarmUpRounds = 2000;
+constexpr unsigned kBatchRounds = 200;  // how many rounds one timed call makes
+
+std::function<void()> Batch(Peer& peer) {
+  peer.RoundTrips(kWarmUpRounds);
+  return [&peer] { peer.RoundTrips(kBatchRounds); };
+}
+
+void CompareAt(std::size_t size) {
+  const auto pipe = MakeZeltoPeer(size);
+  const auto socket = MakeSocketPeer(size);
+  const auto socket_again = MakeSocketPeer(size);
+  const auto zeromq = MakeZeroMqPeer(size);
+  const auto run_pipe = Batch(*pipe);
+  const auto run_socket = Batch(*socket);
+  const auto run_socket_again = Batch(*socket_again);
+  const auto run_zeromq = Batch(*zeromq);
+  const std::string what = std::to_string(kBatchRounds) + " round trips of " + std::to_string(size) + " bytes";
+  constexpr std::size_t kPairs = 101;
+  constexpr double kOneBatch = 1;
+  Zelto::Bench::Print(what.c_str(), "bare socket", Zelto::Bench::Compare(run_pipe, run_socket, kPairs, kOneBatch));
+  Zelto::Bench::Print(what.c_str(), "ZeroMQ REQ/REP, ipc",
+                      Zelto::Bench::Compare(run_pipe, run_zeromq, kPairs, kOneBatch));
+  Zelto::Bench::Print("the bare socket itself", "bare socket",
+                      Zelto::Bench::Compare(run_socket_again, run_socket, kPairs, kOneBatch));
+}
+
+int RunOne(const std::string& name, std::size_t size, unsigned rounds) {
+  const MakePeer make = name == "zelto"    ? MakeZeltoPeer
+                        : name == "socket" ? MakeSocketPeer
+                        : name == "zeromq" ? MakeZeroMqPeer
+                                           : nullptr;
+  if (make == nullptr) {
+    std::fprintf(stderr, "usage: pipes_bench [zelto|socket|zeromq SIZE ROUNDS]\n");
+    return 2;
+  }
+  make(size)->RoundTrips(rounds);
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc == 4) {
+    return RunOne(argv[1], std::strtoul(argv[2], nullptr, 10),
+                  static_cast<unsigned>(std::strtoul(argv[3], nullptr, 10)));
+  }
+  CompareAt(100);
+  CompareAt(4096);
+  return 0;
+}
