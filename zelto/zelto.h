@@ -2,6 +2,8 @@
 /// Everything, for callers who do not choose.
 #pragma once
 
+#include <zelto/data/data_filter.h>
+#include <zelto/data/data_resource_item.h>
 #include <zelto/export.h>
 #include <zelto/files/file_appender.h>
 #include <zelto/json/data_object.h>

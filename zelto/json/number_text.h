@@ -47,6 +47,7 @@ struct ScannedNumber {
   std::uint64_t magnitude = 0;
   bool negative = false;
   bool overflow = false;
+  bool has_digits = false;
 };
 
 template <typename Unit>
@@ -62,6 +63,7 @@ ScannedNumber ScanNumber(std::basic_string_view<Unit> text) noexcept {
   if (i < text.size() && (text[i] == Unit{'-'} || text[i] == Unit{'+'})) {
     number.negative = text[i++] == Unit{'-'};
   }
+  number.has_digits = i < text.size() && IsDigit(static_cast<wchar_t>(text[i]));
   for (; i < text.size() && IsDigit(static_cast<wchar_t>(text[i])); ++i) {
     const auto digit = static_cast<std::uint64_t>(text[i] - Unit{'0'});
     number.overflow |= number.magnitude > (kLargest - digit) / 10;

@@ -179,6 +179,7 @@ class ZELTO_API UtcTime {
   friend constexpr TimeSpan operator-(const UtcTime& a, const UtcTime& b) noexcept {
     return TimeSpan(static_cast<std::int64_t>(a.ticks_ - b.ticks_));
   }
+  // NOLINTNEXTLINE(modernize-use-nullptr): the 0 in what the compiler writes here is no pointer.
   friend constexpr auto operator<=>(const UtcTime&, const UtcTime&) noexcept = default;
 
  private:
