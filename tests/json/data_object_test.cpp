@@ -69,6 +69,16 @@ TEST(DataObject, QueriesGiveTheDefaultForMissingKeys) {
   EXPECT_FALSE(object.Contains(L"x"));
 }
 
+TEST(DataObject, QueriesOfKeysThatAreNoTextFindNothing) {
+  // Above U+10FFFF where a character has 32 bits, a lone surrogate elsewhere.
+  const std::wstring key(1, static_cast<wchar_t>(0x7FFFDC00));
+  DataObject object;
+  object.SetValue(L"key", L"");
+  EXPECT_FALSE(object.Contains(key));
+  EXPECT_TRUE(object.IsNullValue(key));
+  EXPECT_EQ(object.GetIntValue(key, 5), 5);
+}
+
 TEST(DataObject, ObjectArraysHoldExactlyTheGivenPointers) {
   const auto first = std::make_shared<DataObject>();
   DataObject object;

@@ -65,6 +65,16 @@ TEST(Lexer, LinesGiveWhatTheWholeTextGives) {
   EXPECT_EQ(PiecesOf(Lexer()), L". ");
 }
 
+TEST(Lexer, ReadsOnWhenThereAreLinesAgain) {
+  Lexer lexer;
+  EXPECT_FALSE(lexer.CheckChar(L'a'));
+  lexer.SetReadLine(Lines({L"a"}));
+  EXPECT_TRUE(lexer.CheckChar(L'a'));
+  EXPECT_FALSE(lexer.CheckChar(L'b'));
+  lexer.SetReadLine(Lines({L"", L" b"}));
+  EXPECT_TRUE(lexer.CheckChar(L'b'));
+}
+
 TEST(Lexer, ErrorsStayAndStopEverything) {
   Lexer lexer = LexerOf({L"a \"text\" 12"});
   lexer.GetChar(L'b');

@@ -130,6 +130,10 @@ TEST(FileSystemException, WritesBothBlanksAndBytesOfTheSameValue) {
   EXPECT_EQ(other.path2(), L"");
   EXPECT_TRUE(other.code() == std::errc::permission_denied);
   EXPECT_STREQ(static_cast<const std::exception&>(other).what(), one.what());
+
+  const FileSystemException taken(std::move(other));
+  EXPECT_EQ(taken.path1(), one.path1());
+  EXPECT_EQ(other.path1(), one.path1());  // an error that was moved from still has its paths
 }
 
 TEST(FileSystemException, FailsOnPathsAboveOneByte) {

@@ -65,6 +65,12 @@ inline bool HasWideCharacters(std::wstring_view text) noexcept {
   }
 }
 
+/// Whether no character of `text` is above U+10FFFF, so that it can be held.
+inline bool IsText(std::wstring_view text) noexcept {
+  return std::none_of(text.begin(), text.end(),
+                      [](wchar_t c) { return Utilities::ValueOf(c) > Utilities::kMaximumCodePoint; });
+}
+
 /// Calls `use(char16_t)` for the one or two units of a character.
 ///
 /// @throws std::range_error  "bad conversion" above U+10FFFF

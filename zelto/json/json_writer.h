@@ -31,8 +31,7 @@ class ZELTO_API JsonWriter {
   /// The JSON text of an object.
   ///
   /// @param skip_null_or_empty  leaves out properties whose value is null, an empty array, or an object value that
-  /// holds no
-  ///                            object; empty strings and objects without properties are still written
+  ///                            holds no object; empty strings and objects without properties are still written
   static std::wstring Encode(const DataObject& object, bool skip_null_or_empty = false);
   /// An empty pointer gives "{}".
   static std::wstring Encode(const std::shared_ptr<DataObject>& object, bool skip_null_or_empty = false);

@@ -23,6 +23,7 @@ inline bool Lexer::Ready() {
   Skip();
   while (!CharactersAvailable()) {
     if (!ReadLine()) {
+      last_skip_pos_ = kNoLineYet;  // the source, or another one, may have lines again
       return false;
     }
     Skip();

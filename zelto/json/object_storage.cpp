@@ -105,7 +105,10 @@ void ObjectStorage::DestroyOne(ObjectStorage* storage) noexcept {
 }
 
 const PropertyNode* ObjectStorage::Find(std::wstring_view key) const {
-  return HasWideCharacters(key) ? FindUnits(WithSurrogatePairs(std::wstring(key))) : FindUnits(key);
+  if (!HasWideCharacters(key)) {
+    return FindUnits(key);
+  }
+  return IsText(key) ? FindUnits(WithSurrogatePairs(std::wstring(key))) : nullptr;
 }
 
 const PropertyNode* ObjectStorage::FindUnits(std::wstring_view key) const noexcept {

@@ -98,9 +98,8 @@ class ZELTO_API StringUtilities {
   ///
   /// @param format     zero-terminated; null is a bad format
   /// @param arguments  what the format asks for; as with printf, nobody checks that
-  /// @return           the text up to its first zero unit; empty for a bad format: an unknown conversion or size, a "%"
-  /// at
-  ///                   the end, a width or the precision of a number above 65,535, a character above U+10FFFF
+  /// @return           the text up to its first zero unit; empty for a bad format: an unknown conversion or size, a
+  ///                   "%" at the end, a width or the precision of a number above 65,535, a character above U+10FFFF
   ///
   /// The format is checked whole before an argument is looked at. `%n` takes its pointer and writes nothing.
   static std::wstring SafeSprintf(const wchar_t* format, ...);

@@ -20,6 +20,10 @@ class ZELTO_API WideFilesystemError : public std::system_error {
   /// @param path2  may be empty: the error is about one file
   WideFilesystemError(std::string_view message, std::wstring_view path1, std::wstring_view path2, std::uint32_t code);
 
+  // Copied, never moved: a moved-from error would have no paths to refer to.
+  WideFilesystemError(const WideFilesystemError&) noexcept = default;
+  WideFilesystemError& operator=(const WideFilesystemError&) noexcept = default;
+
   /// The paths as given to the constructor.
   const std::wstring& path1() const noexcept;
   const std::wstring& path2() const noexcept;
