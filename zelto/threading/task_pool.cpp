@@ -85,21 +85,27 @@ void TaskPool::Dispatch() {
 }
 
 void TaskPool::AddWorker(Lock& lock) {
-  ++starting_;
-  lock.unlock();
+  auto self = workers_.end();
   bool started = false;
+  ++starting_;
   try {
-    workers_.emplace_front();
-    const auto self = workers_.begin();
+    self = workers_.emplace(workers_.begin());  // under the lock: a worker that ends takes itself out of the list
+    lock.unlock();
     *self = StartThread([this, self] { Work(self); });
     started = true;
   } catch (...) {
+    if (lock.owns_lock()) {
+      lock.unlock();
+    }
     ReportCurrentException(L"Failed to start a thread of the task pool");
     std::this_thread::sleep_for(kThreadRetryDelay);
   }
   lock.lock();
   if (!started) {
     --starting_;
+    if (self != workers_.end()) {
+      workers_.erase(self);
+    }
   }
 }
 
