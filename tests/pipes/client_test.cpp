@@ -202,6 +202,18 @@ TEST(PipeClient, DetachedWritesArriveInOrderWhoeverEnds) {
   EXPECT_NE(pair.server.Read().first, Platform::kSuccess);  // nobody holds the client's end any more
 }
 
+TEST(PipeClient, AWriteThatNobodyWaitsForNeedsNoTime) {
+  const EchoServer echo;
+  echo.Start();
+  for (int i = 0; i < 50; ++i) {
+    const auto client = OpenClient(echo.name, 1);
+    client->SetTimeout(0);
+    EXPECT_NO_THROW(client->WriteMessage(L"x", false).get());
+    client->SetTimeout(kLimitMs);
+    EXPECT_EQ(client->ReadMessage().get(), std::to_wstring(i) + L":x");
+  }
+}
+
 TEST(PipeClient, CloseSendsWhatWasWrittenAndEndsWhatWaits) {
   BareServerAndClient pair;
   pair.client->WriteMessage(L"farewell", false);

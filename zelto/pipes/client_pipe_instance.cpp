@@ -6,7 +6,6 @@
 
 #include <mutex>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
 
 namespace Zelto::Utilities {
@@ -107,7 +106,7 @@ void ClientPipeInstance::Close(std::uint32_t timeout_ms) {
   ++closing_;
   try {
     tasks->Run([this, timeout_ms] { CloseNow(timeout_ms); }).get();
-  } catch (const std::system_error&) {  // the pool cannot start, so no task stands before this either
+  } catch (...) {  // no memory for the task, or the pool cannot start: the lock alone orders this then
     CloseNow(timeout_ms);
   }
   --closing_;

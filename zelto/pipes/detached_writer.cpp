@@ -13,6 +13,13 @@ namespace Zelto::Utilities {
 
 using Platform::ErrorCode;
 
+namespace {
+
+// Having a thread of the pool is no part of the write: a client's short time-out, or its 0, must not make it fail.
+constexpr std::uint32_t kLeastWaitForThreadMs = 5000;
+
+}  // namespace
+
 ErrorCode DetachedWriter::Write(const SharedHandle& pipe, AsyncIOBuffer buffer, std::uint32_t timeout_ms) {
   if (buffer.TransferSize() > std::numeric_limits<std::uint32_t>::max()) {
     return Platform::kInvalidParameter;
@@ -35,7 +42,7 @@ ErrorCode DetachedWriter::Write(const SharedHandle& pipe, AsyncIOBuffer buffer, 
   const auto begun = [&item] { return item->begun; };
   if (timeout_ms == Platform::kInfinite) {
     changed_.wait(lock, begun);
-  } else if (!changed_.wait_for(lock, std::chrono::milliseconds(timeout_ms), begun)) {
+  } else if (!changed_.wait_for(lock, std::chrono::milliseconds(std::max(timeout_ms, kLeastWaitForThreadMs)), begun)) {
     const auto waiting = std::find(fresh_.begin(), fresh_.end(), item);
     if (waiting != fresh_.end()) {
       fresh_.erase(waiting);

@@ -27,7 +27,8 @@ class DetachedWriter final : public PoolJob, public std::enable_shared_from_this
  public:
   /// Begins a write and returns once the system has accepted or refused it.
   ///
-  /// @param timeout_ms  how long to wait for a thread of the pool; also what `Abandon` grants the write
+  /// @param timeout_ms  what `Abandon` grants the write; a thread of the pool is waited for as long, and 5 seconds at
+  /// least
   /// @return 0 when accepted, `kTimeout` when no thread came, otherwise the system's error
   /// @throws Win32Exception  "Failed to create event"
   Platform::ErrorCode Write(const SharedHandle& pipe, AsyncIOBuffer buffer, std::uint32_t timeout_ms);
