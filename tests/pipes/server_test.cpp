@@ -311,6 +311,28 @@ TEST(PipeServer, WaitsForCallbacksThatRun) {
   EXPECT_LT(stopping.get() - released, kPrompt);
 }
 
+TEST(PipeServer, StopReachesClientsThatWaitForTheirJudgement) {
+  const EchoServer echo;
+  std::promise<void> entered;
+  std::promise<void> release;
+  const std::shared_future<void> released = release.get_future().share();
+  echo.Start([&](const SharedHandle&, bool) {
+    entered.set_value();
+    released.wait();
+    return true;
+  });
+  const auto judged = OpenClient(echo.name);
+  ASSERT_EQ(entered.get_future().wait_for(kLimit), std::future_status::ready);
+  const auto waiting = OpenClient(echo.name);
+  auto stopping = std::async(std::launch::async, [&] { echo.server->Stop(); });
+  EXPECT_TRUE(Eventually([&] { return !echo.server->IsStarted(); }));
+  release.set_value();
+  stopping.get();
+  for (const auto& client : {judged, waiting}) {
+    ExpectWin32Failure([&] { client->WriteMessage(L"x").get(); }, "Disconnected", 233);
+  }
+}
+
 TEST(PipeServer, KeepsTryingToListen) {
   const DiagnosticsRecorder diagnostics;
   const EchoServer echo;

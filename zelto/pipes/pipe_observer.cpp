@@ -25,6 +25,15 @@ PipeObserver::PipeObserver(Platform::PipeSettings settings, SharedHandle stop, S
   listening_.reserve(InstancesToListenWith());
 }
 
+PipeObserver::~PipeObserver() {
+  for (const Listening& instance : listening_) {
+    Platform::DisconnectPipe(instance.instance->pipe);
+  }
+  for (const std::shared_ptr<NamedPipeInstance>& client : connected_) {
+    Platform::DisconnectPipe(client->pipe);
+  }
+}
+
 std::shared_ptr<NamedPipeInstance> PipeObserver::WaitForNewClient(std::uint32_t timeout_ms) {
   ListenAgain();
   if (connected_.empty()) {
@@ -82,6 +91,7 @@ PipeObserver::Listening PipeObserver::Connect() {
       error != Platform::kSuccess) {
     throw Win32Exception("Can't create named pipe", error);
   }
+  latest_ = instance.pipe;
   listening.connecting = std::make_unique<Platform::PipeOperation>(instance.pipe, instance.event, instance.overlapped);
   const Platform::ErrorCode error = listening.connecting->BeginConnect();
   if (error != Platform::kPipeConnected && error != Platform::kIoPending) {

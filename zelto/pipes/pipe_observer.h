@@ -21,6 +21,10 @@ class PipeObserver {
  public:
   /// @param stop, wake  events that end a wait
   PipeObserver(Platform::PipeSettings settings, SharedHandle stop, SharedHandle wake);
+  /// Disconnects the clients that nobody was handed, so that they learn of the end as others do.
+  ~PipeObserver();
+  PipeObserver(const PipeObserver&) = delete;
+  PipeObserver& operator=(const PipeObserver&) = delete;
 
   /// Has instances listen where there are too few. What fails is reported, and left alone until its pause is over.
   void ListenAgain() noexcept;
@@ -48,6 +52,7 @@ class PipeObserver {
   const Platform::PipeSettings settings_;
   const SharedHandle stop_;
   const SharedHandle wake_;
+  SharedHandle latest_;  // keeps the pipe's name, and clients that wait for it, while no instance can listen
   std::vector<Listening> listening_;
   std::deque<std::shared_ptr<NamedPipeInstance>> connected_;
   std::uint32_t failures_ = 0;
