@@ -285,6 +285,24 @@ TEST(PipeServer, MayBeStoppedByItsOwnCallbacks) {
   }
 }
 
+TEST(PipeServer, StoppedByACallbackItTakesNoClients) {
+  const std::wstring name = UniquePipeName();
+  MultiClientNamedPipeServer* self = nullptr;
+  const auto server = MakeServer(name, [&](unsigned int, const std::wstring& message) {
+    self->Stop();
+    return message;
+  });
+  self = server.get();
+  server->Start({});
+  OpenClient(name)->WriteMessage(L"stop").get();
+  EXPECT_TRUE(Eventually([&] {
+    SharedHandle pipe;
+    return Platform::OpenPipe(server->GetPipeName(), pipe) != Platform::kSuccess;
+  }));
+  server->Start({});
+  EXPECT_NO_THROW(OpenClient(name));
+}
+
 TEST(PipeServer, WaitsForCallbacksThatRun) {
   std::promise<void> entered;
   std::promise<void> release;

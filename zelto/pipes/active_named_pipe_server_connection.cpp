@@ -84,7 +84,10 @@ void ActiveNamedPipeServerConnection::Stop() {
 
 void ActiveNamedPipeServerConnection::RequestStop() noexcept {
   running_ = false;
-  Platform::DisconnectPipe(instance_->pipe);
+  {
+    const std::lock_guard guard(pipe_lock_);
+    Platform::DisconnectPipe(instance_->pipe);
+  }
   Platform::SignalEvent(stop_event_);
 }
 
@@ -113,6 +116,11 @@ void ActiveNamedPipeServerConnection::Run() noexcept {
     } catch (...) {
       ReportCurrentException(L"Exception in the client-dropped callback");
     }
+  }
+  {
+    // Whoever still holds the connection must not keep the pipe's name in use.
+    const std::scoped_lock guard(io_lock_, pipe_lock_);
+    instance_->pipe.Reset();
   }
   running_ = false;
   ended_ = true;

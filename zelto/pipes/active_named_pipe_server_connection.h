@@ -49,7 +49,8 @@ class ZELTO_API IActiveNamedPipeServerConnection {
 ///
 /// The connection ends by itself when the client goes away, sends what cannot be decoded, exceeds the size limit, or
 /// leaves an answer unread for 10 seconds, and when the callback throws. The pipe is then disconnected and the dropped
-/// callback called. When the last owner goes the connection is stopped. Any thread may call.
+/// callback called; the instance's handle is let go at the thread's end. When the last owner goes the connection is
+/// stopped. Any thread may call.
 class ZELTO_API ActiveNamedPipeServerConnection final : public IActiveNamedPipeServerConnection {
  public:
   static constexpr std::uint32_t RESPONSE_TIMEOUT = 10000;  ///< milliseconds that a client has to take an answer
@@ -104,6 +105,7 @@ class ZELTO_API ActiveNamedPipeServerConnection final : public IActiveNamedPipeS
   std::atomic<bool> running_ = false;
   std::atomic<bool> ended_ = true;
   CriticalSection io_lock_;
+  CriticalSection pipe_lock_;  // with the I/O lock, for letting go of the instance's pipe
   const std::shared_ptr<NamedPipeInstance> instance_;
   [[maybe_unused]] const std::uint32_t timeout_ms_;
   const std::uint32_t buffer_size_;
