@@ -35,8 +35,8 @@ class ZeltoPeer : public Peer {
       : name_(L"zelto-bench-" + std::to_wstring(::getpid()) + L"-" + std::to_wstring(size)),
         server_([this](const auto& ready) {
           const auto server = MultiClientNamedPipeServer::Create(
-              name_, [](unsigned, const std::wstring& message) { return message; }, NamedPipeMessageEncoding::Utf8,
-              5000, 4096, false, [](unsigned) {});
+              name_, [](unsigned, std::wstring message) { return message; }, NamedPipeMessageEncoding::Utf8, 5000, 4096,
+              false, [](unsigned) {});
           server->Start(nullptr);
           ready();
           ::pause();

@@ -134,7 +134,7 @@ void ActiveNamedPipeServerConnection::ReceiveData() {
     }
     std::wstring answer;
     try {
-      answer = message_received_(id_, message);
+      answer = message_received_(id_, std::move(message));
     } catch (...) {
       ReportCurrentException(L"Exception in the message-received callback");
       return;

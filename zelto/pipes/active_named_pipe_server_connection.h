@@ -19,8 +19,9 @@ namespace Zelto::Utilities {
 
 /// Given a connection's ID and a message, returns the answer; an empty one is not sent. Runs on the connection's
 /// thread, one message at a time per client; different clients' at the same time. One that throws costs the client its
-/// connection, and the diagnostics sink hears of it.
-using MessageReceivedCallback = std::function<std::wstring(unsigned int id, const std::wstring& message)>;
+/// connection, and the diagnostics sink hears of it. The message is the callback's own: one that takes it by value may
+/// move from it.
+using MessageReceivedCallback = std::function<std::wstring(unsigned int id, std::wstring message)>;
 
 /// Given the ID of a connection whose client has gone. Runs once, as the last thing on the connection's thread.
 using ClientDroppedCallback = std::function<void(unsigned int id)>;

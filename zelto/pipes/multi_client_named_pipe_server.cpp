@@ -162,14 +162,14 @@ void MultiClientNamedPipeServer::SetReceiveCallBack(MessageReceivedCallback mess
   message_received_.swap(next);
 }
 
-std::wstring MultiClientNamedPipeServer::CallMessageReceivedCallback(unsigned int id, const std::wstring& message) {
+std::wstring MultiClientNamedPipeServer::CallMessageReceivedCallback(unsigned int id, std::wstring message) {
   std::shared_ptr<const MessageReceivedCallback> callback;
   {
     const std::lock_guard guard(server_lock_);
     callback = message_received_;
   }
   const CallbackScope scope(*this);
-  return *callback ? (*callback)(id, message) : std::wstring();
+  return *callback ? (*callback)(id, std::move(message)) : std::wstring();
 }
 
 void MultiClientNamedPipeServer::CallClientDroppedCallback(unsigned int id) {
@@ -230,8 +230,8 @@ void MultiClientNamedPipeServer::AddActiveConnectionThread(Session& session,
   const auto self = self_.lock();
   const auto connection = ActiveNamedPipeServerConnection::Create(
       id, std::move(instance), timeout_ms_, buffer_size_, encoding_,
-      [self](unsigned int from, const std::wstring& message) {
-        return self->CallMessageReceivedCallback(from, message);
+      [self](unsigned int from, std::wstring message) {
+        return self->CallMessageReceivedCallback(from, std::move(message));
       },
       [self](unsigned int from) { self->CallClientDroppedCallback(from); });
   connection->SetMaximumMessageSize(maximum_message_size_);

@@ -104,7 +104,7 @@ class ZELTO_API MultiClientNamedPipeServer final : public IMultiClientNamedPipeS
   void SetMaximumMessageSize(std::uint64_t bytes) noexcept { maximum_message_size_ = bytes; }
 
   /// The message callback's answer; empty without a callback.
-  std::wstring CallMessageReceivedCallback(unsigned int id, const std::wstring& message);
+  std::wstring CallMessageReceivedCallback(unsigned int id, std::wstring message);
 
   /// Calls the dropped callback, then lets go of the connection. Connections do so when their client has gone; called
   /// for one that is alive it ends it.
