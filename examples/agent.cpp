@@ -17,6 +17,7 @@ using Zelto::Json::DataObject;
 using Zelto::Json::JsonReader;
 using Zelto::Json::JsonWriter;
 using Zelto::Utilities::AsyncNamedPipeClient;
+using Zelto::Utilities::NamedPipeMessageEncoding;
 using Zelto::Utilities::PipePeerIdentity;
 using Zelto::Utilities::SharedHandle;
 using Zelto::Utilities::StringUtilities;
@@ -25,7 +26,7 @@ namespace {
 
 struct Options {
   std::string pipe = "zelto-demo";
-  unsigned timeout_ms = 5000;
+  unsigned long timeout_ms = 5000;
   unsigned long server_process = 0;  // 0: any
   bool stop = false;
   std::vector<std::filesystem::path> paths;
@@ -73,6 +74,13 @@ std::wstring Ask(AsyncNamedPipeClient& client, const std::wstring& message) {
   return client.ReadMessage().get();
 }
 
+/// A whole argument as a decimal number; false when it is anything else.
+bool ReadNumber(const char* argument, unsigned long& number) {
+  char* end = nullptr;
+  number = std::strtoul(argument, &end, 10);
+  return *argument >= '0' && *argument <= '9' && *end == '\0';
+}
+
 /// An accepted document comes back whole, with two members added; any other comes back as an error with its reason.
 bool IsRightAnswer(const std::wstring& sent, const std::wstring& received) {
   const auto answer = JsonReader::Decode(received, false);
@@ -94,11 +102,12 @@ bool IsRightAnswer(const std::wstring& sent, const std::wstring& received) {
 }
 
 int Talk(const Options& options) {
-  AsyncNamedPipeClient client(StringUtilities::Utf8ToUtf16(options.pipe), options.timeout_ms);
+  AsyncNamedPipeClient client(StringUtilities::Utf8ToUtf16(options.pipe), static_cast<unsigned>(options.timeout_ms));
   client.SetAuthenticatePipe([&](const SharedHandle& pipe, bool server_side) {
     const PipePeerIdentity service = PipePeerIdentity::Of(pipe, server_side);
     return options.server_process == 0 || service.process_id == options.server_process;
   });
+  client.SetEncoding(NamedPipeMessageEncoding::Utf16);  // as the service
   client.Open(SharedHandle());
 
   int wrong = 0;
@@ -136,10 +145,10 @@ int main(int argc, char** argv) {
     }
     if (option == "--pipe" && has_value) {
       options.pipe = argv[++i];
-    } else if (option == "--timeout" && has_value) {
-      options.timeout_ms = static_cast<unsigned>(std::strtoul(argv[++i], nullptr, 10));
-    } else if (option == "--server-process" && has_value) {
-      options.server_process = std::strtoul(argv[++i], nullptr, 10);
+    } else if (option == "--timeout" && has_value && ReadNumber(argv[i + 1], options.timeout_ms)) {
+      ++i;
+    } else if (option == "--server-process" && has_value && ReadNumber(argv[i + 1], options.server_process)) {
+      ++i;
     } else if (option == "--stop") {
       options.stop = true;
     } else if (option.starts_with("--")) {

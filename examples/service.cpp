@@ -15,6 +15,7 @@
 
 using Zelto::Json::DataObject;
 using Zelto::Json::JsonWriter;
+using Zelto::Utilities::Diagnostics;
 using Zelto::Utilities::MultiClientNamedPipeServer;
 using Zelto::Utilities::NamedPipeMessageEncoding;
 using Zelto::Utilities::PipePeerIdentity;
@@ -100,12 +101,15 @@ bool Authenticate(const SharedHandle& pipe, bool server_side) {
 }
 
 int Serve(const std::wstring& pipe_name) {
+  // What goes wrong on the library's threads, such as a name that another process holds.
+  Diagnostics::SetSink([](const std::wstring& text) { std::cerr << StringUtilities::Utf16ToUtf8(text) << std::endl; });
   StopRequest stop;
   std::atomic<unsigned> documents = 0;
+  // UTF-16: in UTF-8 a chunk of a long message may end inside a character, which costs the client its connection.
   const auto server = MultiClientNamedPipeServer::Create(
       pipe_name,
       [&](unsigned connection, const std::wstring& message) { return Answer(connection, message, documents, stop); },
-      NamedPipeMessageEncoding::Utf8, kPipeTimeoutMs, kBufferSize, false,
+      NamedPipeMessageEncoding::Utf16, kPipeTimeoutMs, kBufferSize, false,
       [&](unsigned connection) { stop.ClientLeft(connection); });
   server->SetMaximumMessageSize(16U << 20U);
   server->Start(Authenticate);

@@ -81,7 +81,8 @@ class ZELTO_API IAsyncNamedPipeClient {
   /// True once a pipe was opened and switched to messages; it stays so after `Close`.
   virtual bool IsInitialized() const = 0;
 
-  /// Sets who judges the server when a pipe is opened; empty accepts all. Set it before use.
+  /// Sets who judges the server when a pipe is opened; empty accepts all. Set it before use. The
+  /// callback judges the handle that it is given; it must not use the client.
   virtual void SetAuthenticatePipe(PipeAuthenticationCallback callback) = 0;
 };
 
