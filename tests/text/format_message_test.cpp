@@ -16,7 +16,7 @@ TEST(FormatMessage, InsertsByNumber) {
   EXPECT_EQ(SU::FormatMessageW(L"%1", nullptr), L"(null)");
 }
 
-TEST(FormatMessage, TakesPrintfSpecifications) {
+TEST(FormatMessage, TakesPrintfConversions) {
   EXPECT_EQ(SU::FormatMessageW(L"%1!d!|%2!05u!|%3!#x!|%4!-4d!|%5!I64u!", -1, 42, 255, 3, ~0ULL),
             L"-1|00042|0xff|3   |18446744073709551615");
   EXPECT_EQ(SU::FormatMessageW(L"%1!S!%2!hs!%3!.2s!%4!c!%5!C!%6!ls!", "a", "b", L"cde", L'f', 'g', L"h"), L"abcdfgh");

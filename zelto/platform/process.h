@@ -2,9 +2,9 @@
 /// The calling process.
 #pragma once
 
-#include <cstdint>
-
 #include <zelto/export.h>
+
+#include <cstdint>
 
 namespace Zelto::Platform {
 

@@ -45,7 +45,7 @@ class InsertArguments {
   std::vector<std::uintptr_t> fetched_;
 };
 
-// An insert behind its "%": the number, the specification and plain text that stands with it between two "!".
+// An insert behind its "%": the number, the conversion and plain text that stands with it between two "!".
 struct Insert {
   std::size_t number = 0;
   PrintfSpec spec;

@@ -1,5 +1,5 @@
 /// @file
-/// Writing one value by a printf specification. Not installed.
+/// Writing one value by a printf conversion. Not installed.
 #pragma once
 
 #include "zelto/text/printf_spec.h"

@@ -1,5 +1,5 @@
 /// @file
-/// Conversion specifications of printf, with the conventions of Windows. Not installed.
+/// Conversions of printf, with the conventions of Windows. Not installed.
 #pragma once
 
 namespace Zelto::Utilities {
@@ -27,7 +27,7 @@ enum class PrintfArgument {
   Pointer,
 };
 
-/// One specification, from "%" to the letter of the conversion.
+/// One conversion, from "%" to its letter.
 struct PrintfSpec {
   static constexpr int kNoPrecision = -1;
 
@@ -63,7 +63,7 @@ struct PrintfSpec {
   bool IsWithinLimits() const noexcept;
 };
 
-/// Reads the specification behind a "%" and moves `at` behind it.
+/// Reads the conversion behind a "%" and moves `at` behind it.
 ///
 /// @param at  zero-terminated; at the unit after the "%"
 /// @return    false when it is not a valid one; `at` is then anywhere up to the terminator

@@ -106,7 +106,7 @@ class ZELTO_API StringUtilities {
 
   /// Formats as the message formatter of Windows does (`FormatMessageW` from a string), the same on both targets.
   ///
-  /// `%1` to `%99` are the arguments as wide strings, `%1!d!` by a printf specification as in `SafeSprintf` (reals are
+  /// `%1` to `%99` are the arguments as wide strings, `%1!d!` by a printf conversion as in `SafeSprintf` (reals are
   /// not possible, as in the system), `%1!*.*s!` takes a width, a precision and the text from three arguments in a row:
   /// the text then counts as the one before, so the next is `%3`, and behind `%1!*d!` it is `%2`. `%%`, `%.`, `%!` and
   /// `% ` are the character itself, `%n` is a line break of CR LF, `%r` a CR, `%t` a tab, `%b` a blank; `%0` ends the

@@ -4,6 +4,8 @@
 
 namespace Zelto::Platform {
 
-std::uint32_t CurrentProcessId() noexcept { return ::GetCurrentProcessId(); }
+std::uint32_t CurrentProcessId() noexcept {
+  return ::GetCurrentProcessId();
+}
 
 }  // namespace Zelto::Platform
