@@ -3,6 +3,7 @@
 /// Not installed.
 #pragma once
 
+#include "zelto/json/unit_block.h"
 #include "zelto/text/utf16_units.h"
 
 #include <algorithm>
@@ -37,13 +38,7 @@ inline bool TryNarrow(const wchar_t* from, std::size_t count, char16_t* to) noex
 }
 
 inline void Widen(const char16_t* from, std::size_t count, wchar_t* to) noexcept {
-  if constexpr (kWideCharacters) {
-    for (std::size_t i = 0; i < count; ++i) {
-      to[i] = static_cast<wchar_t>(from[i]);
-    }
-  } else {
-    std::copy_n(reinterpret_cast<const char*>(from), count * sizeof(*to), reinterpret_cast<char*>(to));
-  }
+  CopyUnits(from, count, to);
 }
 
 inline std::wstring ToWide(std::u16string_view text) {
@@ -131,17 +126,10 @@ class UnitStack {
     ++size_;
   }
 
-  /// Appends a text; a character above U+FFFF becomes two units.
-  ///
-  /// @throws std::range_error  "bad conversion" above U+10FFFF
+  /// Appends a text without characters above U+FFFF.
   void Append(std::wstring_view text) {
-    if (TryNarrow(text.data(), text.size(), Room(text.size()))) {
-      size_ += text.size();
-    } else {
-      for (const wchar_t character : text) {
-        UseUnits(character, [this](char16_t unit) { Push(unit); });
-      }
-    }
+    CopyUnits(text.data(), text.size(), Room(text.size()));
+    size_ += text.size();
   }
 
   /// Where the next `count` units may be written.

@@ -261,19 +261,14 @@ void DataValue::SetValue(const std::wstring& value, EType kind) {
     kind_ = static_cast<std::uint8_t>(kind);
     return;
   }
-  // A copy: `value` may be this value's own text.
-  UnitStack units;
-  std::unique_ptr<char16_t[]> text;
-  std::size_t length = value.size();
   if (HasWideCharacters(value)) {
-    units.Append(value);
-    length = units.Size();
-    text = std::make_unique_for_overwrite<char16_t[]>(CheckedLength(length));
-    std::copy_n(units.Data(), length, text.get());
-  } else {
-    text = std::make_unique_for_overwrite<char16_t[]>(CheckedLength(length));
-    TryNarrow(value.data(), length, text.get());
+    SetValue(WithSurrogatePairs(value), kind);
+    return;
   }
+  // A copy before anything is given up: `value` may be this value's own text.
+  const std::size_t length = CheckedLength(value.size());
+  auto text = std::make_unique_for_overwrite<char16_t[]>(length);
+  TryNarrow(value.data(), length, text.get());
   Clear();
   PlaceText({text.release(), length}, kind, true);
 }

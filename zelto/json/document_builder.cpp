@@ -3,6 +3,7 @@
 #include "zelto/json/escapes.h"
 #include "zelto/json/json_encoder.h"
 #include "zelto/json/object_storage.h"
+#include "zelto/json/unit_block.h"
 #include "zelto/json/value_access.h"
 
 #include <algorithm>
@@ -18,15 +19,44 @@ constexpr std::size_t kInsertionSortLimit = 32;
 
 }  // namespace
 
-void DocumentBuilder::OpenObject() {
-  open_.push_back({members_.size(), text_.Size(), objects_.size(), values_.size()});
+// What a message of usual size needs is allocated once.
+DocumentBuilder::DocumentBuilder(bool allow_duplicates) : allow_duplicates_(allow_duplicates) {
+  open_.reserve(8);
+  members_.reserve(32);
+  objects_.reserve(8);
 }
 
-void DocumentBuilder::AppendEscaped(std::wstring_view text) {
-  char16_t* to = text_.Room(kWideCharacters ? 2 * text.size() : text.size());
-  const char16_t* const from = to;
-  Unescape(text, [&to](wchar_t character) { UseUnits(character, [&to](char16_t unit) { *to++ = unit; }); });
-  text_.Advance(static_cast<std::size_t>(to - from));
+void DocumentBuilder::OpenObject() {
+  text_base_ = text_.Size();
+  open_.push_back({members_.size(), text_base_, objects_.size(), values_.size()});
+}
+
+void DocumentBuilder::AppendDecoded(std::wstring_view text) {
+  char16_t* const start = text_.Room((kWideCharacters ? 2 : 1) * text.size() + 8);
+  char16_t* to = start;
+  const wchar_t* at = text.data();
+  const wchar_t* const end = at + text.size();
+  const auto put = [&to](wchar_t character) { UseUnits(character, [&to](char16_t unit) { *to++ = unit; }); };
+  while (at != end) {
+    if (end - at >= 8 && HighBitsOf8(at) == 0) {
+      // Eight are copied, and taken up to a backslash.
+      const UnitBlock<8> block(at);
+      block.Store(to);
+      const BlockFlags flags = block.QuotesAndBackslashes();
+      const std::size_t taken = flags == 0 ? 8 : FirstFlag(flags);
+      at += taken;
+      to += taken;
+      if (flags == 0) {
+        continue;
+      }
+    }
+    if (*at == L'\\') {
+      at = DecodeEscape(at, end, put);
+    } else {
+      put(*at++);
+    }
+  }
+  text_.Advance(static_cast<std::size_t>(to - start));
 }
 
 void DocumentBuilder::SetObject(std::shared_ptr<DataObject> object) {
@@ -42,9 +72,9 @@ void DocumentBuilder::BeginItems() {
   member.kind = DataValue::Null;
 }
 
-void DocumentBuilder::AddItem(std::wstring_view text, bool escaped, DataValue::EType kind) {
+void DocumentBuilder::AddItem(std::wstring_view text, bool plain, DataValue::EType kind) {
   if (InItems()) {
-    AddItemTo(values_.back(), text, escaped, kind);
+    AddItemTo(values_.back(), text, plain, kind);
     return;
   }
   if (members_.back().kind == DataValue::Null) {
@@ -52,7 +82,7 @@ void DocumentBuilder::AddItem(std::wstring_view text, bool escaped, DataValue::E
   }
   const std::size_t header = text_.Size();
   text_.Push(0);
-  AppendText(text, escaped);
+  AppendText(text, plain);
   const std::size_t length = CheckedLength(text_.Size() - header - 1);
   if (TextList::HeaderSize(length) > 1) {
     text_.Push(0);
@@ -74,7 +104,7 @@ void DocumentBuilder::BeginObjectItems() {
   }
   Member& member = members_.back();
   DataValue& value = values_.emplace_back();
-  const std::size_t first = open_.back().text + member.text;
+  const std::size_t first = text_base_ + member.text;
   if (text_.Size() != first) {
     ValueAccess::Borrow(value, {text_.Data() + first, text_.Size() - first}, static_cast<DataValue::EType>(member.kind),
                         true);
@@ -89,9 +119,9 @@ void DocumentBuilder::AddObjectItem(std::shared_ptr<DataObject> object) {
   values_.back().AddObject(std::move(object));
 }
 
-void DocumentBuilder::AddItemTo(DataValue& value, std::wstring_view text, bool escaped, DataValue::EType kind) {
+void DocumentBuilder::AddItemTo(DataValue& value, std::wstring_view text, bool plain, DataValue::EType kind) {
   std::wstring item(text);
-  if (escaped) {
+  if (!plain) {
     item = Utilities::JsonEncoder::FromEscapedString(item);
   }
   switch (kind) {
@@ -108,7 +138,7 @@ void DocumentBuilder::AddItemTo(DataValue& value, std::wstring_view text, bool e
 }
 
 int DocumentBuilder::CompareKeys(const Member& left, const Member& right) const {
-  const char16_t* text = text_.Data() + open_.back().text;
+  const char16_t* text = text_.Data() + text_base_;
   return std::u16string_view(text + left.key, left.key_length).compare({text + right.key, right.key_length});
 }
 
@@ -149,30 +179,45 @@ void DocumentBuilder::SortMembers(std::size_t first) {
 void DocumentBuilder::DropRepeatedKeys(std::size_t first) {
   std::size_t kept = first;
   for (std::size_t i = first; i < members_.size(); ++i) {
-    const Member member = members_[i];
+    const Member& member = members_[i];
     const bool repeated =
         kept != first && members_[kept - 1].prefix == member.prefix && CompareKeys(members_[kept - 1], member) == 0;
     if (repeated && !allow_duplicates_) {
       throw std::runtime_error("Duplicate attribute");
     }
     if (member.content != Content::kNothing) {
-      members_[repeated ? kept - 1 : kept++] = member;
+      const std::size_t place = repeated ? kept - 1 : kept++;
+      if (place != i) {
+        members_[place] = member;
+      }
     }
   }
   members_.resize(kept);
 }
 
 void DocumentBuilder::CheckOpenObjects() {
-  for (; !open_.empty(); open_.pop_back()) {
+  while (!open_.empty()) {
     const std::size_t first = open_.back().members;
     SortMembers(first);
     DropRepeatedKeys(first);
-    members_.resize(first);
+    CutToShare();
   }
+}
+
+// Forgets what the innermost object has gathered.
+void DocumentBuilder::CutToShare() {
+  const OpenShare share = open_.back();
+  open_.pop_back();
+  members_.resize(share.members);
+  text_.CutTo(share.text);
+  objects_.resize(share.objects);
+  values_.resize(share.values);
+  text_base_ = open_.empty() ? 0 : open_.back().text;
 }
 
 std::shared_ptr<DataObject> DocumentBuilder::CloseObject() {
   const OpenShare share = open_.back();
+  CheckedLength(text_.Size() - share.text);
   SortMembers(share.members);
   DropRepeatedKeys(share.members);
   auto object = std::make_shared<DataObject>();
@@ -212,11 +257,7 @@ std::shared_ptr<DataObject> DocumentBuilder::CloseObject() {
       }
     }
   }
-  open_.pop_back();
-  members_.resize(share.members);
-  text_.CutTo(share.text);
-  objects_.resize(share.objects);
-  values_.resize(share.values);
+  CutToShare();
   return object;
 }
 

@@ -5,8 +5,10 @@
 #include "zelto/json/compact_text.h"
 #include "zelto/json/data_object.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -15,14 +17,14 @@
 namespace Zelto::Json {
 
 /// Keys, values and texts of the objects that are open stand on stacks; closing an object packs its share into the
-/// object's own storage.
+/// object's own storage. A text is plain when there is neither an escape sequence nor a character above U+FFFF in it.
 ///
 /// A repeated key, where it is an error, is an error at the moment when the key is read. It is found later, when the
 /// object's keys are sorted: on closing it, which happens to every open object when a syntax error ends the reading,
 /// and in `CheckOpenObjects` when an exception does.
 class DocumentBuilder {
  public:
-  explicit DocumentBuilder(bool allow_duplicates) : allow_duplicates_(allow_duplicates) {}
+  explicit DocumentBuilder(bool allow_duplicates);
 
   /// How many objects are open.
   std::size_t Depth() const noexcept { return open_.size(); }
@@ -34,21 +36,22 @@ class DocumentBuilder {
   void CheckOpenObjects();
 
   /// Begins a property. It is part of the object only when one of the calls below gives it a value.
-  void AddKey(std::wstring_view text, bool escaped) {
-    Member member{};
-    member.key = TextOffset();
-    AppendText(text, escaped);
-    member.key_length = CheckedLength(TextOffset() - member.key);
-    member.prefix = PrefixOf({text_.Data() + text_.Size() - member.key_length, member.key_length});
-    member.position = static_cast<std::uint32_t>(members_.size());
-    members_.push_back(member);
+  void AddKey(std::wstring_view text, bool plain) {
+    const std::size_t first = text_.Size();
+    AppendText(text, plain);
+    const std::size_t length = text_.Size() - first;
+    text_.Room(kPrefixUnits);
+    members_.push_back({PrefixOf(text_.Data() + first, length), static_cast<std::uint32_t>(first - text_base_),
+                        static_cast<std::uint32_t>(length), 0, 0, static_cast<std::uint32_t>(members_.size()),
+                        Content::kNothing, DataValue::Null});
   }
 
-  void SetText(std::wstring_view text, bool escaped, DataValue::EType kind) {
+  void SetText(std::wstring_view text, bool plain, DataValue::EType kind) {
     Member& member = members_.back();
-    member.text = TextOffset();
-    AppendText(text, escaped);
-    member.text_length = CheckedLength(TextOffset() - member.text);
+    const std::size_t first = text_.Size();
+    AppendText(text, plain);
+    member.text = static_cast<std::uint32_t>(first - text_base_);
+    member.text_length = static_cast<std::uint32_t>(text_.Size() - first);
     member.kind = static_cast<std::uint8_t>(kind);
     member.content = Content::kText;
   }
@@ -60,7 +63,7 @@ class DocumentBuilder {
 
   /// Begins a list of items, at first of texts. `EndItems` without items makes the property a null.
   void BeginItems();
-  void AddItem(std::wstring_view text, bool escaped, DataValue::EType kind);
+  void AddItem(std::wstring_view text, bool plain, DataValue::EType kind);
   void EndItems();
 
   /// Makes the list a value of its own, to which objects can be added, too. It needs no `EndItems`.
@@ -70,7 +73,7 @@ class DocumentBuilder {
   void AddObjectItem(std::shared_ptr<DataObject> object);
 
   /// Adds a text by the rules of the model.
-  static void AddItemTo(DataValue& value, std::wstring_view text, bool escaped, DataValue::EType kind);
+  static void AddItemTo(DataValue& value, std::wstring_view text, bool plain, DataValue::EType kind);
 
  private:
   enum class Content : std::uint8_t {
@@ -100,32 +103,38 @@ class DocumentBuilder {
     std::size_t values;
   };
 
-  // Where the next text goes, within the object's share.
-  std::uint32_t TextOffset() const { return CheckedLength(text_.Size() - open_.back().text); }
+  static constexpr std::size_t kPrefixUnits = 4;
 
-  void AppendText(std::wstring_view text, bool escaped) {
-    if (escaped) {
-      AppendEscaped(text);
-    } else {
+  // Where the next text goes, within the object's share. It is checked on closing that offsets fit.
+  std::uint32_t TextOffset() const { return static_cast<std::uint32_t>(text_.Size() - text_base_); }
+
+  void AppendText(std::wstring_view text, bool plain) {
+    if (plain) {
       text_.Append(text);
+    } else {
+      AppendDecoded(text);
     }
   }
 
-  static std::uint64_t PrefixOf(std::u16string_view key) noexcept {
-    std::uint64_t prefix = 0;
-    for (std::size_t i = 0; i < 4; ++i) {
-      prefix = prefix << 16 | (i < key.size() ? key[i] : 0U);
-    }
-    return prefix;
+  // The first units as one number, the first one on top and zeros for missing ones. Four units are read in any case.
+  static std::uint64_t PrefixOf(const char16_t* key, std::size_t length) noexcept {
+    static_assert(std::endian::native == std::endian::little);
+    std::uint64_t units = 0;
+    std::memcpy(&units, key, sizeof(units));
+    units = units << 32 | units >> 32;
+    units = (units & 0x0000FFFF0000FFFFU) << 16 | (units >> 16 & 0x0000FFFF0000FFFFU);
+    return length >= kPrefixUnits ? units : units & ~(~std::uint64_t{0} >> 16 * length);
   }
 
-  void AppendEscaped(std::wstring_view text);
+  void AppendDecoded(std::wstring_view text);
   void SortMembers(std::size_t first);
   bool Precedes(const Member& left, const Member& right) const;
   int CompareKeys(const Member& left, const Member& right) const;
   void DropRepeatedKeys(std::size_t first);
+  void CutToShare();
 
   bool allow_duplicates_;
+  std::size_t text_base_ = 0;  // where the innermost object's share begins
   std::vector<OpenShare> open_;
   std::vector<Member> members_;
   UnitStack text_;

@@ -6,6 +6,32 @@
 
 namespace Zelto::Json {
 
+std::size_t EstimateLength(const DataObject& object) {
+  constexpr std::size_t kMaximumObjects = 100000;
+  constexpr std::size_t kAroundObject = 3;    // braces and a comma
+  constexpr std::size_t kAroundProperty = 6;  // the quotes of a key and a text, a colon and a comma
+  std::size_t length = 64;
+  std::size_t seen = 0;
+  std::vector<const DataObject*> open{&object};
+  while (!open.empty() && ++seen <= kMaximumObjects) {
+    const ObjectStorage* storage = ObjectStorage::Of(*open.back());
+    open.pop_back();
+    length += kAroundObject;
+    if (storage == nullptr) {
+      continue;
+    }
+    length += kAroundProperty * storage->Size() + storage->TextSize();
+    if (!storage->IsOwning()) {
+      continue;
+    }
+    ObjectStorage::Cursor members(storage);
+    while (const PropertyNode* member = members.Next()) {
+      ValueAccess::ForEachObject(member->value, [&open](const DataObject& nested) { open.push_back(&nested); });
+    }
+  }
+  return length + length / 16;
+}
+
 void DocumentPrinter::PrintObject(const DataObject& object) {
   Begin(object);
   PrintAll();
@@ -71,19 +97,19 @@ void DocumentPrinter::Begin(const DataValue& value) {
   switch (value.GetType()) {
     case DataValue::Null:
       if (!skip_null_or_empty_) {
-        output_.Put(std::u16string_view(u"null"));
+        output_.Put(L"null");
       }
       break;
     case DataValue::String:
       if (!ValueAccess::WithFirstText(value, [this](auto text) { output_.PutString(text); })) {
-        output_.PutString(std::u16string_view());
+        output_.Put(L"\"\"");
       }
       break;
     case DataValue::Object:
       if (const DataObject* object = ValueAccess::FirstObject(value)) {
         Begin(*object);
       } else if (!skip_null_or_empty_) {
-        output_.Put(std::u16string_view(u"{}"));
+        output_.Put(L"{}");
       }
       break;
     default:
@@ -104,16 +130,13 @@ void DocumentPrinter::PrintAll() {
 // Goes on with the innermost object; false when another level has been begun inside.
 bool DocumentPrinter::PrintMembers() {
   const std::size_t depth = levels_.size();
-  while (const PropertyNode* member = levels_.back().members.Next()) {
+  Level& level = levels_.back();
+  while (const PropertyNode* member = level.members.Next()) {
     if (skip_null_or_empty_ && member->value.IsEmpty()) {
       continue;
     }
-    if (levels_.back().needs_separator) {
-      output_.Put(L',');
-    }
-    levels_.back().needs_separator = true;
-    output_.PutString(member->Key());
-    output_.Put(L':');
+    output_.PutKey(level.needs_separator, member->Key());
+    level.needs_separator = true;
     Begin(member->value);
     if (levels_.size() != depth) {
       return false;
@@ -136,7 +159,7 @@ bool DocumentPrinter::PrintItems() {
       Begin(*object);
       return false;
     }
-    output_.Put(std::u16string_view(u"null"));
+    output_.Put(L"null");
   }
   if (level.closes) {
     output_.Put(L']');

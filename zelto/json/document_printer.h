@@ -11,11 +11,17 @@
 
 namespace Zelto::Json {
 
+/// About how many characters the object's text will have: enough for most documents. Looks at a limited number of
+/// objects.
+std::size_t EstimateLength(const DataObject& object);
+
 /// Prints objects and values, nested ones without recursion.
 class DocumentPrinter {
  public:
-  DocumentPrinter(TextOutput& output, bool skip_null_or_empty) noexcept
-      : output_(output), skip_null_or_empty_(skip_null_or_empty) {}
+  DocumentPrinter(TextOutput& output, bool skip_null_or_empty)
+      : output_(output), skip_null_or_empty_(skip_null_or_empty) {
+    levels_.reserve(8);
+  }
 
   /// @throws std::runtime_error  "Cyclic JSON object" when an object is nested in itself
   void PrintObject(const DataObject& object);

@@ -19,7 +19,7 @@ inline constexpr std::array<wchar_t, 8> kMaskedCharacters{L'\\', L'"', L'\r', L'
 inline constexpr std::array<wchar_t, 8> kEscapeLetters{L'\\', L'"', L'r', L'n', L'f', L't', L'b', L'/'};
 
 /// Codes below are non-printing: 20, not 32. 0x14 to 0x1F pass unescaped, and callers depend on it.
-inline constexpr std::uint32_t kFirstPrintingCode = 0x14;
+inline constexpr std::uint16_t kFirstPrintingCode = 0x14;
 
 /// The length of the escape of a non-printing character, "\u00" and two digits.
 inline constexpr std::size_t kUnicodeEscapeLength = 6;
@@ -121,26 +121,22 @@ inline std::uint16_t ReadUnicodeEscape(std::wstring_view four) {
   return static_cast<std::uint16_t>(negative ? 0U - value : value);
 }
 
-/// Decodes escape sequences and calls `put(wchar_t)` for each character. Unknown escapes vanish with their character.
+/// Decodes the escape sequence at `at`, a backslash, calls `put(wchar_t)` for what it stands for, and returns its end.
+/// An unknown escape vanishes with its character.
 ///
 /// @throws std::invalid_argument  as `ReadUnicodeEscape`
 template <typename Put>
-void Unescape(std::wstring_view text, const Put& put) {
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != L'\\') {
-      put(text[i]);
-      continue;
-    }
-    if (++i == text.size()) {
-      return;
-    }
-    if (const char character = CharacterOfEscapeLetter(text[i])) {
-      put(static_cast<wchar_t>(character));
-    } else if (text[i] == L'u' && text.size() - i > 4) {
-      put(static_cast<wchar_t>(ReadUnicodeEscape(text.substr(i + 1, 4))));
-      i += 4;
-    }
+const wchar_t* DecodeEscape(const wchar_t* at, const wchar_t* end, const Put& put) {
+  if (++at == end) {
+    return end;
   }
+  if (const char character = CharacterOfEscapeLetter(*at)) {
+    put(static_cast<wchar_t>(character));
+  } else if (*at == L'u' && end - at > 4) {
+    put(static_cast<wchar_t>(ReadUnicodeEscape({at + 1, 4})));
+    return at + 5;
+  }
+  return at + 1;
 }
 
 }  // namespace Zelto::Json

@@ -125,7 +125,12 @@ std::string JsonEncoder::ToEscapedUtf8String(const char* text) {
 std::wstring JsonEncoder::FromEscapedString(const std::wstring& text) {
   std::wstring out;
   out.reserve(text.size());
-  Json::Unescape(text, [&out](wchar_t c) { out.push_back(c); });
+  const wchar_t* const end = text.data() + text.size();
+  for (const wchar_t* at = text.data(); at != end;) {
+    const wchar_t* const backslash = std::find(at, end, L'\\');
+    out.append(at, backslash);
+    at = backslash == end ? end : Json::DecodeEscape(backslash, end, [&out](wchar_t c) { out.push_back(c); });
+  }
   return out;
 }
 

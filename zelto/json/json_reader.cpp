@@ -9,17 +9,17 @@ namespace Zelto::Json {
 
 struct JsonReader::Scalar {
   std::wstring_view text;  // of a string, what stands between the quotes
-  bool escaped = false;
+  bool plain = true;
   DataValue::EType kind = DataValue::String;
 };
 
 // Takes a string, an integer or a boolean, if there is one.
 inline bool JsonReader::ReadScalar(Scalar& scalar) {
-  scalar.escaped = false;
+  scalar.plain = true;
   switch (lexer_.Peek()) {
     case L'"':
       scalar.kind = DataValue::String;
-      return lexer_.TakeQuotedString(scalar.text, scalar.escaped);
+      return lexer_.TakeQuotedString(scalar.text, scalar.plain);
     case L't':
       scalar.kind = DataValue::Boolean;
       scalar.text = L"true";
@@ -89,7 +89,7 @@ void JsonReader::ParseArray(DataValue& value) {
     Scalar scalar;
     do {
       if (ReadScalar(scalar)) {
-        DocumentBuilder::AddItemTo(value, scalar.text, scalar.escaped, scalar.kind);
+        DocumentBuilder::AddItemTo(value, scalar.text, scalar.plain, scalar.kind);
       } else if (lexer_.TakeChar(L'{')) {
         value.AddObject(ReadObject(builder));
         lexer_.ExpectChar(L'}');
@@ -142,11 +142,11 @@ std::shared_ptr<DataObject> JsonReader::ReadObject(DocumentBuilder& builder) {
 bool JsonReader::ReadMembers(DocumentBuilder& builder) {
   do {
     std::wstring_view key;
-    bool escaped = false;
-    if (lexer_.Peek() != L'"' || !lexer_.TakeQuotedString(key, escaped)) {
+    bool plain = true;
+    if (lexer_.Peek() != L'"' || !lexer_.TakeQuotedString(key, plain)) {
       return false;
     }
-    builder.AddKey(key, escaped);
+    builder.AddKey(key, plain);
     lexer_.ExpectChar(L':');
     if (ReadMember(builder)) {
       return true;
@@ -159,7 +159,7 @@ bool JsonReader::ReadMembers(DocumentBuilder& builder) {
 bool JsonReader::ReadMember(DocumentBuilder& builder) {
   Scalar scalar;
   if (ReadScalar(scalar)) {
-    builder.SetText(scalar.text, scalar.escaped, scalar.kind);
+    builder.SetText(scalar.text, scalar.plain, scalar.kind);
     return false;
   }
   switch (lexer_.Peek()) {
@@ -189,7 +189,7 @@ bool JsonReader::ReadItems(DocumentBuilder& builder) {
   Scalar scalar;
   do {
     if (ReadScalar(scalar)) {
-      builder.AddItem(scalar.text, scalar.escaped, scalar.kind);
+      builder.AddItem(scalar.text, scalar.plain, scalar.kind);
     } else if (lexer_.Peek() == L'{') {
       builder.BeginObjectItems();
       return BeginObject(builder);

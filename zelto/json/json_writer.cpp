@@ -13,7 +13,7 @@ JsonWriter::JsonWriter(const JsonWriter& other) = default;
 JsonWriter::~JsonWriter() = default;
 
 std::wstring JsonWriter::Encode(const DataObject& object, bool skip_null_or_empty) {
-  TextOutput output;
+  TextOutput output(EstimateLength(object));
   DocumentPrinter(output, skip_null_or_empty).PrintObject(object);
   return output.Take();
 }

@@ -18,7 +18,6 @@ Lexer& Lexer::operator=(const Lexer& other) {
     error_ = other.error_;
     keep_white_spaces_ = other.keep_white_spaces_;
     line_ = other.line_;
-    last_skip_pos_ = other.last_skip_pos_;
     pos_ = other.pos_;
     read_line_ = other.read_line_;
     input_ = own_line ? std::wstring_view(line_) : other.input_;
@@ -33,13 +32,11 @@ void Lexer::SetReadLine(LineSource read_line) {
 void Lexer::ReadText(std::wstring_view text) noexcept {
   read_line_ = nullptr;
   input_ = text;
-  last_skip_pos_ = kNoLineYet;
   pos_ = 0;
 }
 
 void Lexer::ReleaseText() noexcept {
   input_ = {};
-  last_skip_pos_ = 0;
   pos_ = 0;
 }
 
@@ -52,6 +49,23 @@ bool Lexer::ReadLine() {
   }
   pos_ = read ? 0 : input_.size();
   return read;
+}
+
+bool Lexer::GetReady() {
+  if (error_) {
+    return false;
+  }
+  if (keep_white_spaces_) {
+    return CharactersAvailable();
+  }
+  Skip();
+  while (!CharactersAvailable()) {
+    if (!ReadLine()) {
+      return false;
+    }
+    Skip();
+  }
+  return true;
 }
 
 bool Lexer::ReadLineIfEmpty() {
@@ -94,8 +108,8 @@ bool Lexer::CheckQuotedString(std::wstring& out) {
     return false;
   }
   std::wstring_view text;
-  bool escaped = false;
-  if (!TakeQuotedString(text, escaped)) {
+  bool plain = false;
+  if (!TakeQuotedString(text, plain)) {
     error_ = false;
     return false;
   }

@@ -80,6 +80,7 @@ class ZELTO_API Lexer {
   // Reads a text in place, as one line; nothing follows it. The text must stay until `ReleaseText`.
   void ReadText(std::wstring_view text) noexcept;
   void ReleaseText() noexcept;
+  bool GetReady();
   bool ReadLine();
   void SetError() noexcept { error_ = true; }
 
@@ -90,13 +91,12 @@ class ZELTO_API Lexer {
   inline bool TakeChar(wchar_t c);
   inline void ExpectChar(wchar_t c);
   inline bool TakeText(std::wstring_view text);
-  inline bool TakeQuotedString(std::wstring_view& out, bool& escaped);
+  inline bool TakeQuotedString(std::wstring_view& out, bool& plain);
   inline std::wstring_view TakeInteger();
 
   bool error_ = false;
   bool keep_white_spaces_ = false;  // white space before a piece is not skipped
   std::wstring line_;
-  std::size_t last_skip_pos_ = 0;
   std::size_t pos_ = kNoLineYet;
   LineSource read_line_;
   std::wstring_view input_;  // the current line: `line_`, or the text that is read in place

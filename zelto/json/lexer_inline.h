@@ -3,6 +3,7 @@
 #pragma once
 
 #include "zelto/json/lexer.h"
+#include "zelto/json/unit_block.h"
 #include "zelto/text/ascii.h"
 
 namespace Zelto::Json {
@@ -13,23 +14,10 @@ inline void Lexer::Skip() {
   }
 }
 
+// Skips white space and reads lines until a character is there.
 inline bool Lexer::Ready() {
-  if (error_) {
-    return false;
-  }
-  if (keep_white_spaces_ || last_skip_pos_ == pos_) {
-    return CharactersAvailable();
-  }
-  Skip();
-  while (!CharactersAvailable()) {
-    if (!ReadLine()) {
-      last_skip_pos_ = kNoLineYet;  // the source, or another one, may have lines again
-      return false;
-    }
-    Skip();
-  }
-  last_skip_pos_ = pos_;
-  return true;
+  const bool ready = CharactersAvailable() && !Utilities::Ascii::IsSpace(input_[pos_]);
+  return ready ? !error_ : GetReady();
 }
 
 // The next character, 0 when there is none.
@@ -59,27 +47,40 @@ inline bool Lexer::TakeText(std::wstring_view text) {
   return true;
 }
 
-// Where the next character is a double quote: takes the string, or sets the error and takes the quote alone. `escaped`
-// tells whether there is a backslash in it.
-inline bool Lexer::TakeQuotedString(std::wstring_view& out, bool& escaped) {
+// Where the next character is a double quote: takes the string, or sets the error and takes the quote alone. `plain` is
+// true only when there is neither a backslash nor a character above U+FFFF in it.
+inline bool Lexer::TakeQuotedString(std::wstring_view& out, bool& plain) {
   ++pos_;
   const wchar_t* const start = input_.data() + pos_;
   const wchar_t* const end = input_.data() + input_.size();
   const wchar_t* at = start;
-  escaped = false;
-  while (at != end && *at != L'"') {
-    if (*at == L'\\') {
-      escaped = true;
-      if (++at == end) {
-        break;
+  bool escaped = false;
+  std::uint32_t seen = 0;
+  for (;;) {
+    // To the next quote or backslash, or to another character whose low bits are the same.
+    BlockFlags flags = 0;
+    while (end - at >= 8 && flags == 0) {
+      const UnitBlock<8> block(at);
+      seen |= HighBitsOf8(at);
+      flags = block.QuotesAndBackslashes();
+      at += flags == 0 ? 8 : FirstFlag(flags);
+    }
+    if (flags == 0) {
+      for (; at != end && *at != L'"' && *at != L'\\'; ++at) {
+        seen |= HighBitsOf(*at);
       }
     }
-    ++at;
+    if (at == end || *at == L'"') {
+      break;
+    }
+    escaped |= *at == L'\\';
+    at += *at == L'\\' && end - at > 1 ? 2 : 1;
   }
   if (at == end) {
     error_ = true;
     return false;
   }
+  plain = !escaped && seen == 0;
   out = {start, static_cast<std::size_t>(at - start)};
   pos_ += out.size() + 1;
   return true;

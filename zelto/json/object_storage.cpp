@@ -34,7 +34,7 @@ ObjectStorage* ObjectStorage::Allocate(std::size_t count, std::size_t units) {
     throw std::length_error("JSON text too long");
   }
   void* memory = ::operator new(sizeof(ObjectStorage) + count * sizeof(PropertyNode) + units * sizeof(char16_t));
-  auto* storage = new (memory) ObjectStorage(static_cast<std::uint32_t>(count));
+  auto* storage = new (memory) ObjectStorage(static_cast<std::uint32_t>(count), static_cast<std::uint32_t>(units));
   std::uninitialized_value_construct_n(storage->Nodes(), count);
   return storage;
 }
@@ -71,7 +71,7 @@ void ObjectStorage::Destroy(ObjectStorage* storage) noexcept {
   if (storage == nullptr) {
     return;
   }
-  if (storage->index_ == nullptr && !storage->owning_.load(std::memory_order_relaxed)) {
+  if (storage->index_ == nullptr && !storage->IsOwning()) {
     ::operator delete(storage);
     return;
   }

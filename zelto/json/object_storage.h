@@ -64,7 +64,16 @@ class ObjectStorage {
   const PropertyNode* Next(const PropertyNode& node) const;
 
   /// Says that somebody may have given a value something that it must release.
-  void SetOwning() noexcept { owning_.store(true, std::memory_order_relaxed); }
+  void SetOwning() noexcept {
+    const std::uint32_t state = state_.load(std::memory_order_relaxed);
+    if ((state & kOwning) == 0) {
+      state_.store(state | kOwning, std::memory_order_relaxed);
+    }
+  }
+  bool IsOwning() const noexcept { return (state_.load(std::memory_order_relaxed) & kOwning) != 0; }
+
+  /// The units behind the nodes.
+  std::size_t TextSize() const noexcept { return state_.load(std::memory_order_relaxed) & ~kOwning; }
 
   class Cursor;
 
@@ -83,7 +92,9 @@ class ObjectStorage {
   };
   using Index = std::set<PropertyNode*, Before>;
 
-  explicit ObjectStorage(std::uint32_t count) noexcept : count_(count) {}
+  static constexpr std::uint32_t kOwning = 0x80000000U;
+
+  ObjectStorage(std::uint32_t count, std::uint32_t units) noexcept : count_(count), state_(units) {}
 
   bool IsOwnNode(const PropertyNode* node) const noexcept { return node >= Nodes() && node < Nodes() + count_; }
   const PropertyNode* FindUnits(std::wstring_view key) const noexcept;
@@ -92,8 +103,8 @@ class ObjectStorage {
 
   Index* index_ = nullptr;                // of all nodes, once one has been added
   ObjectStorage* next_doomed_ = nullptr;  // while a document is destroyed
-  std::uint32_t count_;                   // of the nodes behind this header
-  std::atomic<bool> owning_{false};
+  const std::uint32_t count_;             // of the nodes behind this header
+  std::atomic<std::uint32_t> state_;      // the text's size, and whether something must be released
 };
 
 /// Goes through the nodes in the order of their keys.

@@ -4,6 +4,7 @@
 
 #include "zelto/json/compact_text.h"
 #include "zelto/json/escapes.h"
+#include "zelto/json/unit_block.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -17,8 +18,8 @@ namespace Zelto::Json {
 /// Gathers wide text, in a string or piece by piece for a stream.
 class TextOutput {
  public:
-  /// For a string, which `Take` gives.
-  TextOutput() = default;
+  /// For a string, which `Take` gives. @param length  expected
+  explicit TextOutput(std::size_t length) { text_.reserve(length); }
   /// For a stream, which has everything after `Flush`.
   explicit TextOutput(std::wostream& stream) noexcept : stream_(&stream) {}
   TextOutput(const TextOutput&) = delete;
@@ -27,6 +28,13 @@ class TextOutput {
   void Put(wchar_t c) {
     *Room(1) = c;
     ++cursor_;
+  }
+
+  /// A literal.
+  template <std::size_t Size>
+  void Put(const wchar_t (&text)[Size]) {
+    std::copy_n(text, Size - 1, Room(Size - 1));
+    cursor_ += Size - 1;
   }
 
   void Put(std::wstring_view text) {
@@ -45,15 +53,27 @@ class TextOutput {
   void PutString(std::basic_string_view<Unit> text) {
     wchar_t* to = Room(text.size() + 2);
     *to++ = L'"';
-    for (const Unit unit : text) {
-      if (EscapeLetterOf(unit) != 0) {
-        PutEscapedString(text);
-        return;
-      }
-      *to++ = static_cast<wchar_t>(unit);
+    const std::size_t clean = CopyClean(text, to);
+    cursor_ = to + clean;
+    if (clean != text.size()) {
+      PutRest(text.substr(clean));
     }
+    *cursor_++ = L'"';
+  }
+
+  /// A key with what stands before and behind it.
+  void PutKey(bool separator, std::u16string_view key) {
+    wchar_t* to = Room(key.size() + 4);
+    *to = L',';
+    to += separator ? 1 : 0;
     *to++ = L'"';
-    cursor_ = to;
+    const std::size_t clean = CopyClean(key, to);
+    cursor_ = to + clean;
+    if (clean != key.size()) {
+      PutRest(key.substr(clean));
+    }
+    *cursor_++ = L'"';
+    *cursor_++ = L':';
   }
 
   std::wstring Take() {
@@ -69,8 +89,11 @@ class TextOutput {
  private:
   static constexpr std::size_t kStep = 1024;  // so much more than asked for is made ready at once
   static constexpr std::size_t kFlushSize = 8192;
+  static constexpr std::size_t kEscapePiece = 256;  // units that are escaped at once
 
-  std::size_t Used() const noexcept { return static_cast<std::size_t>(cursor_ - text_.data()); }
+  std::size_t Used() const noexcept {
+    return cursor_ == nullptr ? 0 : static_cast<std::size_t>(cursor_ - text_.data());
+  }
 
   wchar_t* Room(std::size_t count) {
     if (static_cast<std::size_t>(end_ - cursor_) < count) {
@@ -84,23 +107,80 @@ class TextOutput {
       Flush();
     }
     const std::size_t used = Used();
-    text_.resize(std::max(text_.size(), used + count + kStep));
+    // The string fills its room with zeros: step by step, while what is filled is still at hand when it is written.
+    const std::size_t needed = used + count;
+    const std::size_t step = needed <= text_.capacity() ? std::min(kStep, text_.capacity() - needed) : kStep;
+    text_.resize(std::max(text_.size(), needed + step));
     cursor_ = text_.data() + used;
     end_ = text_.data() + text_.size();
   }
 
+  // Copies a text up to the first masked or non-printing character, and says how much that is. What stands behind it in
+  // the output is overwritten, as far as the text's size.
   template <typename Unit>
-  void PutEscapedString(std::basic_string_view<Unit> text) {
-    Put(L'"');
-    for (const Unit unit : text) {
-      cursor_ = WriteEscaped(unit, Room(kUnicodeEscapeLength));
+  static std::size_t CopyClean(std::basic_string_view<Unit> text, wchar_t* to) noexcept {
+    std::size_t clean = text.size();
+    ForEachBlock(
+        text.data(), text.size(),
+        [to, &clean](const auto& block, std::size_t i) {
+          block.Store(to + i);
+          const BlockFlags flags = block.ToEscape();
+          if (flags != 0) {
+            clean = i + FirstFlag(flags);
+          }
+          return flags == 0;
+        },
+        [to, text, &clean](std::size_t i) {
+          to[i] = static_cast<wchar_t>(text[i]);
+          if (EscapeLetterOf(text[i]) == 0 && !IsNonPrinting(text[i])) {
+            return true;
+          }
+          clean = i;
+          return false;
+        });
+    return clean;
+  }
+
+  // The rest of a text, which begins with a masked or non-printing character, and room for what follows it.
+  template <typename Unit>
+  void PutRest(std::basic_string_view<Unit> text) {
+    const bool escape = std::any_of(text.begin(), text.end(), [](Unit unit) { return EscapeLetterOf(unit) != 0; });
+    if (!escape) {
+      for (const Unit unit : text) {
+        Put(static_cast<wchar_t>(unit));
+      }
     }
-    Put(L'"');
+    while (escape && !text.empty()) {
+      const auto piece = text.substr(0, kEscapePiece);
+      text.remove_prefix(piece.size());
+      cursor_ = CopyEscaped(piece.data(), piece.data() + piece.size(), Room(piece.size() * kUnicodeEscapeLength + 8));
+    }
+    Room(2);
+  }
+
+  template <typename Unit>
+  static wchar_t* CopyEscaped(const Unit* at, const Unit* end, wchar_t* to) noexcept {
+    while (at != end) {
+      if (end - at >= 8) {
+        // Eight are copied, and taken up to one that must be escaped.
+        const UnitBlock<8> block(at);
+        block.Store(to);
+        const BlockFlags flags = block.ToEscape();
+        const std::size_t taken = flags == 0 ? 8 : FirstFlag(flags);
+        at += taken;
+        to += taken;
+        if (flags == 0) {
+          continue;
+        }
+      }
+      to = WriteEscaped(*at++, to);
+    }
+    return to;
   }
 
   std::wstring text_;
-  wchar_t* cursor_ = text_.data();
-  wchar_t* end_ = cursor_;
+  wchar_t* cursor_ = nullptr;  // within `text_`, once there is room
+  wchar_t* end_ = nullptr;
   std::wostream* stream_ = nullptr;
 };
 

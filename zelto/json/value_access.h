@@ -113,6 +113,20 @@ class ValueAccess {
     }
   }
 
+  /// Calls `use` with each object that the value holds, be it written or not.
+  template <typename Use>
+  static void ForEachObject(const DataValue& value, const Use& use) {
+    if (value.form_ == DataValue::Form::kObject) {
+      use(*value.object_);
+    } else if (value.form_ == DataValue::Form::kParts) {
+      for (const auto& object : value.units_.parts.load(std::memory_order_relaxed)->objects) {
+        if (object != nullptr) {
+          use(*object);
+        }
+      }
+    }
+  }
+
   /// What `GetObject` gives, without a share in it.
   static const DataObject* FirstObject(const DataValue& value) noexcept {
     if (value.form_ == DataValue::Form::kObject) {
