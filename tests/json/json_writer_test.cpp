@@ -1,5 +1,6 @@
 #include "zelto/json/json_writer.h"
 
+#include "zelto/json/json_encoder.h"
 #include "zelto/json/json_reader.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace Zelto::Json {
 namespace {
@@ -87,6 +89,39 @@ TEST(JsonWriter, EscapesStringsThatHoldAMaskedCharacter) {
   object.SetValue(L"\x01", L"\x02");
   EXPECT_EQ(JsonWriter::Encode(object),
             L"{\"\x01\":\"\x02\",\"k\\\"\":\"long enough to be sure that the escape comes late \\\\\"}");
+}
+
+// Texts are scanned and copied in steps of several units: a character that matters counts at every place of every
+// length.
+TEST(JsonWriter, TextsOfEveryLengthComeBackAsTheyWere) {
+  for (const wchar_t* special : {L"\"", L"\\", L"/", L"\n", L"\x01", L"\x13", L"\x14", L"\u0122", L"\u5c22",
+                                 L"\U00010022", L"\U0001005C", L"\"\\", L"\x01/", L"\U0001002F/"}) {
+    for (std::size_t length = 0; length < 27; ++length) {
+      for (std::size_t place = 0; place <= length; ++place) {
+        std::wstring text;
+        for (std::size_t i = 0; i < length; ++i) {
+          text += static_cast<wchar_t>(L'a' + i);
+        }
+        text.insert(place, special);
+        DataObject object;
+        object.SetValue(text, text);
+        object.GetValue(L"list").AddStringValue(text);
+        const std::wstring held = object.GetValue(text).GetStringValue();
+        const std::wstring written =
+            L'"' +
+            (Utilities::JsonEncoder::NeedsEscaping(held) ? Utilities::JsonEncoder::ToEscapedString(held) : held) + L'"';
+        const std::wstring encoded = JsonWriter::Encode(object);
+        ASSERT_NE(encoded.find(written + L':' + written), std::wstring::npos) << encoded;
+        ASSERT_NE(encoded.find(L"\"list\":[" + written + L"]"), std::wstring::npos) << encoded;
+        // The text as a caller may write it, wide characters and all.
+        const std::wstring source =
+            L"{\"" + Utilities::JsonEncoder::ToEscapedString(std::as_const(text)) + L"\":" + written + L'}';
+        const auto read = JsonReader::Decode(source, false);
+        ASSERT_NE(read, nullptr) << source;
+        ASSERT_EQ(read->GetStringValue(text, L"?"), held);
+      }
+    }
+  }
 }
 
 TEST(JsonWriter, StreamsPropertiesAndNestedObjects) {

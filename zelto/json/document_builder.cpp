@@ -28,7 +28,7 @@ DocumentBuilder::DocumentBuilder(bool allow_duplicates) : allow_duplicates_(allo
 
 void DocumentBuilder::OpenObject() {
   text_base_ = text_.Size();
-  open_.push_back({members_.size(), text_base_, objects_.size(), values_.size()});
+  open_.push_back({members_.size(), text_base_, objects_.size(), values_.size(), closed_length_});
 }
 
 void DocumentBuilder::AppendDecoded(std::wstring_view text) {
@@ -226,6 +226,8 @@ std::shared_ptr<DataObject> DocumentBuilder::CloseObject() {
     const std::size_t units = text_.Size() - share.text;
     ObjectStorage* const storage = ObjectStorage::Allocate(count, units);
     ObjectStorage::Attach(*object, storage);
+    closed_length_ += storage->OwnLength();
+    storage->SetLengthHint(closed_length_ - share.length);
     char16_t* const text = storage->Text();
     std::copy_n(text_.Data() + share.text, units, text);
     PropertyNode* node = storage->Nodes();
@@ -243,13 +245,13 @@ std::shared_ptr<DataObject> DocumentBuilder::CloseObject() {
           ValueAccess::Borrow(node->value, {text + member.text, member.text_length}, kind, true);
           break;
         case Content::kObject:
-          ValueAccess::PlaceObject(node->value, std::move(objects_[share.objects + member.text]));
           storage->SetOwning();
+          ValueAccess::PlaceObject(node->value, std::move(objects_[share.objects + member.text]));
           break;
         case Content::kValue:
+          storage->SetOwning();
           node->value = std::move(values_[share.values + member.text]);
           ValueAccess::ShrinkToFit(node->value);
-          storage->SetOwning();
           break;
         case Content::kNothing:
         case Content::kNull:

@@ -101,6 +101,7 @@ class DocumentBuilder {
     std::size_t text;
     std::size_t objects;
     std::size_t values;
+    std::size_t length;  // of the text of what had been closed before
   };
 
   static constexpr std::size_t kPrefixUnits = 4;
@@ -134,7 +135,8 @@ class DocumentBuilder {
   void CutToShare();
 
   bool allow_duplicates_;
-  std::size_t text_base_ = 0;  // where the innermost object's share begins
+  std::size_t text_base_ = 0;      // where the innermost object's share begins
+  std::size_t closed_length_ = 0;  // of the text of all closed objects, about
   std::vector<OpenShare> open_;
   std::vector<Member> members_;
   UnitStack text_;

@@ -7,26 +7,25 @@
 namespace Zelto::Json {
 
 std::size_t EstimateLength(const DataObject& object) {
-  constexpr std::size_t kMaximumObjects = 100000;
-  constexpr std::size_t kAroundObject = 3;    // braces and a comma
-  constexpr std::size_t kAroundProperty = 6;  // the quotes of a key and a text, a colon and a comma
-  std::size_t length = 64;
-  std::size_t seen = 0;
-  std::vector<const DataObject*> open{&object};
-  while (!open.empty() && ++seen <= kMaximumObjects) {
-    const ObjectStorage* storage = ObjectStorage::Of(*open.back());
-    open.pop_back();
-    length += kAroundObject;
-    if (storage == nullptr) {
-      continue;
+  constexpr std::size_t kMaximumObjects = 10000;
+  constexpr std::size_t kLeast = 64;
+  std::size_t length = kLeast;
+  std::vector<const DataObject*> open;
+  const DataObject* next = &object;
+  for (std::size_t seen = 0; next != nullptr && seen < kMaximumObjects; ++seen) {
+    const ObjectStorage* storage = ObjectStorage::Of(*next);
+    if (storage != nullptr && storage->LengthHint() != 0) {
+      length += storage->LengthHint();
+    } else if (storage != nullptr) {
+      length += storage->OwnLength();
+      ObjectStorage::Cursor members(storage);
+      while (const PropertyNode* member = members.Next()) {
+        ValueAccess::ForEachObject(member->value, [&open](const DataObject& nested) { open.push_back(&nested); });
+      }
     }
-    length += kAroundProperty * storage->Size() + storage->TextSize();
-    if (!storage->IsOwning()) {
-      continue;
-    }
-    ObjectStorage::Cursor members(storage);
-    while (const PropertyNode* member = members.Next()) {
-      ValueAccess::ForEachObject(member->value, [&open](const DataObject& nested) { open.push_back(&nested); });
+    next = open.empty() ? nullptr : open.back();
+    if (next != nullptr) {
+      open.pop_back();
     }
   }
   return length + length / 16;
@@ -137,6 +136,15 @@ bool DocumentPrinter::PrintMembers() {
     }
     output_.PutKey(level.needs_separator, member->Key());
     level.needs_separator = true;
+    if (ValueAccess::IsCompactScalar(member->value)) {
+      const std::u16string_view text = ValueAccess::UnitsOf(member->value);
+      if (member->value.GetType() == DataValue::String) {
+        output_.PutString(text);
+      } else {
+        output_.Put(text);
+      }
+      continue;
+    }
     Begin(member->value);
     if (levels_.size() != depth) {
       return false;

@@ -50,6 +50,7 @@ ObjectStorage* ObjectStorage::Copy(const ObjectStorage* storage) {
   }
   std::unique_ptr<ObjectStorage, Deleter> copy(Allocate(storage->Size(), units), &Destroy);
   copy->SetOwning();
+  copy->SetLengthHint(storage->LengthHint());
   PropertyNode* target = copy->Nodes();
   char16_t* text = copy->Text();
   Cursor nodes(storage);

@@ -72,6 +72,17 @@ class ObjectStorage {
   }
   bool IsOwning() const noexcept { return (state_.load(std::memory_order_relaxed) & kOwning) != 0; }
 
+  /// About how many characters the JSON text of the object as it was made has, nested objects included; 0 when it is
+  /// not known. Later changes do not count.
+  std::size_t LengthHint() const noexcept { return length_hint_; }
+  void SetLengthHint(std::size_t length) noexcept { length_hint_ = length; }
+  /// What the object itself, without nested objects, adds to such a hint.
+  std::size_t OwnLength() const noexcept {
+    constexpr std::size_t kAroundObject = 3;    // braces and a comma
+    constexpr std::size_t kAroundProperty = 6;  // the quotes of a key and a text, a colon and a comma
+    return kAroundObject + kAroundProperty * Size() + TextSize();
+  }
+
   /// The units behind the nodes.
   std::size_t TextSize() const noexcept { return state_.load(std::memory_order_relaxed) & ~kOwning; }
 
@@ -101,10 +112,13 @@ class ObjectStorage {
   void MakeIndex();
   static void DestroyOne(ObjectStorage* storage) noexcept;
 
-  Index* index_ = nullptr;                // of all nodes, once one has been added
-  ObjectStorage* next_doomed_ = nullptr;  // while a document is destroyed
-  const std::uint32_t count_;             // of the nodes behind this header
-  std::atomic<std::uint32_t> state_;      // the text's size, and whether something must be released
+  Index* index_ = nullptr;  // of all nodes, once one has been added
+  union {
+    std::size_t length_hint_ = 0;
+    ObjectStorage* next_doomed_;  // while a document is destroyed
+  };
+  const std::uint32_t count_;         // of the nodes behind this header
+  std::atomic<std::uint32_t> state_;  // the text's size, and whether something must be released
 };
 
 /// Goes through the nodes in the order of their keys.

@@ -69,6 +69,11 @@ class ValueAccess {
     }
   }
 
+  /// Whether the value is a string, an integer or a boolean that is held as units, as most are.
+  static bool IsCompactScalar(const DataValue& value) noexcept {
+    return value.form_ == DataValue::Form::kText && !value.is_array_ && value.kind_ <= DataValue::Integer;
+  }
+
   /// Calls `use` with the first text, as a view of 16-bit units or of wide characters; false when there is none.
   template <typename Use>
   static bool WithFirstText(const DataValue& value, const Use& use) {
