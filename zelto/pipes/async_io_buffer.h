@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace Zelto::Utilities {
 
@@ -36,8 +35,8 @@ class ZELTO_API AsyncIOBuffer {
   /// Sets every byte to zero, as before each read.
   void Clear() noexcept;
 
-  std::uint8_t* TransferData() noexcept { return data_.data(); }
-  const std::uint8_t* TransferData() const noexcept { return data_.data(); }
+  std::uint8_t* TransferData() noexcept { return reinterpret_cast<std::uint8_t*>(data_.data()); }
+  const std::uint8_t* TransferData() const noexcept { return reinterpret_cast<const std::uint8_t*>(data_.data()); }
 
   /// The bytes to transfer: all but the last code unit.
   std::size_t TransferSize() const noexcept;
@@ -48,7 +47,7 @@ class ZELTO_API AsyncIOBuffer {
   std::wstring Text() const;
 
  private:
-  std::vector<std::uint8_t> data_;
+  std::string data_;  // the bytes, and in UTF-16 one zero byte more
   NamedPipeMessageEncoding encoding_;
 };
 
