@@ -13,6 +13,7 @@
 #include <zelto/json/json_writer.h>
 #include <zelto/json/lexer.h>
 #include <zelto/json/tokens.h>
+#include <zelto/library_version.h>
 #include <zelto/pipes/active_named_pipe_server_connection.h>
 #include <zelto/pipes/async_io_buffer.h>
 #include <zelto/pipes/async_named_pipe_client.h>

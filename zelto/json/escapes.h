@@ -30,8 +30,8 @@ namespace Escapes {
 struct Tables {
   constexpr Tables() {
     for (std::size_t i = 0; i < kMaskedCharacters.size(); ++i) {
-      letter[static_cast<std::size_t>(kMaskedCharacters[i])] = static_cast<char>(kEscapeLetters[i]);
-      character[static_cast<std::size_t>(kEscapeLetters[i])] = static_cast<char>(kMaskedCharacters[i]);
+      letter[static_cast<unsigned char>(kMaskedCharacters[i])] = static_cast<char>(kEscapeLetters[i]);
+      character[static_cast<unsigned char>(kEscapeLetters[i])] = static_cast<char>(kMaskedCharacters[i]);
     }
   }
   std::array<char, 128> letter{};

@@ -97,7 +97,7 @@ class ZELTO_API StringUtilities {
   /// printf's, also `*`; the flag 0 fills in front of text, too.
   ///
   /// @param format     zero-terminated; null is a bad format
-  /// @param arguments  what the format asks for; as with printf, nobody checks that
+  /// @param ...        what the format asks for; as with printf, nobody checks that
   /// @return           the text up to its first zero unit; empty for a bad format: an unknown conversion or size, a
   ///                   "%" at the end, a width or the precision of a number above 65,535, a character above U+10FFFF
   ///
@@ -112,7 +112,7 @@ class ZELTO_API StringUtilities {
   /// `% ` are the character itself, `%n` is a line break of CR LF, `%r` a CR, `%t` a tab, `%b` a blank; `%0` ends the
   /// message; another letter stands for itself. A line break in the format becomes CR LF.
   ///
-  /// @param arguments  integers, characters and pointers, each at most as wide as a pointer; those that no insert names
+  /// @param ...        integers, characters and pointers, each at most as wide as a pointer; those that no insert names
   ///                   are passed over. There must be as many as the greatest number named.
   /// @return           the text; empty for a bad format and for a text longer than 4095 units
   static std::wstring FormatMessageW(const wchar_t* format, ...);
