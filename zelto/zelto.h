@@ -6,6 +6,8 @@
 #include <zelto/data/data_resource_item.h>
 #include <zelto/export.h>
 #include <zelto/files/file_appender.h>
+#include <zelto/http/curl_wrapper.h>
+#include <zelto/http/icurl_wrapper.h>
 #include <zelto/json/data_object.h>
 #include <zelto/json/data_value.h>
 #include <zelto/json/json_encoder.h>

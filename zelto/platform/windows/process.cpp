@@ -8,4 +8,8 @@ std::uint32_t CurrentProcessId() noexcept {
   return ::GetCurrentProcessId();
 }
 
+std::uint32_t CurrentThreadId() noexcept {
+  return ::GetCurrentThreadId();
+}
+
 }  // namespace Zelto::Platform

@@ -119,6 +119,8 @@ constexpr Description kDescriptions[] = {
     {1920, "The file cannot be accessed by the system", std::errc::permission_denied},
     {2404, "The device is in use by an active process", std::errc::device_or_resource_busy},
     {4390, "The file or directory is not a reparse point", std::errc::invalid_argument},
+    {12005, "The URL is invalid", std::errc::invalid_argument},
+    {12006, "The URL does not use a recognized protocol", std::errc::protocol_not_supported},
 };
 
 static_assert(std::is_sorted(std::begin(kDescriptions), std::end(kDescriptions),

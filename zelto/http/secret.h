@@ -1,0 +1,22 @@
+/// @file
+/// Texts that must not stay behind in memory. Not installed.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace Zelto::Utilities {
+
+/// Overwrites a text that is about to go, also the part of its memory that it does not use now, and empties it. The
+/// compiler does not leave it out.
+template <class Unit>
+void Wipe(std::basic_string<Unit>& text) noexcept {
+  text.resize(text.capacity());
+  volatile Unit* const units = text.data();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    units[i] = Unit{};
+  }
+  text.clear();
+}
+
+}  // namespace Zelto::Utilities
