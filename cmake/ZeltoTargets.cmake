@@ -17,6 +17,10 @@ if(ZELTO_SANITIZE)
   add_link_options(-fsanitize=${ZELTO_SANITIZE})
 endif()
 
+if(ZELTO_BUILD_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # The shared C++ runtime stands beside the programs of a mingw build: the system has none, and with two static copies
 # exceptions across the DLL's boundary miscount.
 if(MINGW AND PROJECT_IS_TOP_LEVEL)
