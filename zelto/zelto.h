@@ -58,6 +58,7 @@
 #include <zelto/threading/timer.h>
 #include <zelto/threading/timer_thread.h>
 #include <zelto/threading/wait_for_objects.h>
+#include <zelto/threading/work_signal.h>
 #include <zelto/time/stopwatch.h>
 #include <zelto/time/time_span.h>
 #include <zelto/time/time_unit_converter.h>

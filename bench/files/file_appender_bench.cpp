@@ -76,7 +76,7 @@ void Run(const std::string& folder, std::size_t units) {
   const auto append_spdlog = [&] { logger->info(narrow); };
 
   const std::string size = ", " + std::to_string(units) + " units";
-  constexpr double kBatchNs = 3e6;
+  constexpr double kBatchNs = 2.5e5;  // some fifty lines: short beside a turn of the scheduler
   constexpr std::size_t kPairs = 101;
   const auto print = [&size](const char* what, const char* peer, const Comparison& comparison) {
     Print((what + size).c_str(), peer, comparison);

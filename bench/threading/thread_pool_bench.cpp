@@ -15,7 +15,7 @@
 namespace Zelto::Bench {
 namespace {
 
-constexpr unsigned int kBurst = 4000;
+constexpr unsigned int kBurst = 1000;
 
 /// Both pools behind the same two operations.
 class OurPool {
@@ -75,7 +75,7 @@ void Run(unsigned int workers) {
         Compare([&] { ours.Schedule([] {}).get(); }, [&] { asio.Schedule([] {}).get(); }, 101));
   for (const unsigned int producers : {1u, 4u}) {
     const Comparison comparison =
-        Compare([&] { RunBurst(ours, producers); }, [&] { RunBurst(asio, producers); }, 51, 1e6);
+        Compare([&] { RunBurst(ours, producers); }, [&] { RunBurst(asio, producers); }, 201);
     const std::string what = "burst, " + std::to_string(producers) + " producers" + suffix;
     Print(what.c_str(), "asio::thread_pool", comparison);
     std::printf("%-34s %12.0f tasks/s %25.0f tasks/s\n", "", kBurst * 1e9 / comparison.ours_ns.median,

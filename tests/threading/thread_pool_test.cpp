@@ -125,6 +125,32 @@ TEST(ThreadPool, TakesOneTaskForEachSignal) {
   pool.Stop();
 }
 
+TEST(ThreadPool, ALoneTaskIsTakenWithoutASecondSignal) {
+  ThreadPool pool(4);
+  pool.Start();
+  for (int i = 0; i < 3000; ++i) {
+    ASSERT_EQ(pool.ScheduleTask([] {}).wait_for(kLimit), std::future_status::ready) << i;
+  }
+}
+
+TEST(ThreadPool, ABurstReachesAllThatIdle) {
+  // A worker that is just between two waits may miss its task, as may any on a busy machine; so there are attempts.
+  bool reached = false;
+  for (int attempt = 0; attempt < 50 && !reached; ++attempt) {
+    Gate gate;
+    ThreadPool pool(4);
+    pool.Start();
+    std::this_thread::sleep_for(milliseconds(5));  // until they idle; that they do is not relied upon
+    for (int i = 0; i < 4; ++i) {
+      pool.ScheduleTask([&gate] { gate.Pass(); });
+    }
+    reached = gate.entered.WaitFor(4, milliseconds(60));  // before a worker's own look at the event
+    gate.Open();
+    pool.Stop();
+  }
+  EXPECT_TRUE(reached);
+}
+
 TEST(ThreadPool, IsFirstInFirstOutAcrossProducers) {
   constexpr int kProducers = 4;
   constexpr int kEach = 100;

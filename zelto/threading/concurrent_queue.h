@@ -2,6 +2,7 @@
 /// A queue between threads.
 #pragma once
 
+#include <cstddef>
 #include <deque>
 #include <mutex>
 #include <utility>
@@ -13,10 +14,12 @@ namespace Zelto::Utilities {
 template <class T>
 class ConcurrentQueue {
  public:
-  /// Adds at the back. @throws std::bad_alloc the queue is unchanged then
-  void Push(T element) {
+  /// Adds at the back. @return how many elements there are then
+  /// @throws std::bad_alloc  the queue is unchanged
+  std::size_t Push(T element) {
     const std::lock_guard lock(lock_);
     elements_.push_back(std::move(element));
+    return elements_.size();
   }
 
   /// Takes the front element. @return false when there is none; `element` is unchanged then
@@ -30,9 +33,9 @@ class ConcurrentQueue {
     return true;
   }
 
-  bool IsEmpty() const {
+  std::size_t Size() const {
     const std::lock_guard lock(lock_);
-    return elements_.empty();
+    return elements_.size();
   }
 
  private:

@@ -32,7 +32,7 @@ void ThreadPool::Start() {
   exit_threads_ = false;
   paused_ = false;
   accepting_tasks_ = true;
-  task_event_.Set();
+  task_event_.Set(tasks_.Size());
 }
 
 void ThreadPool::Pause() {
@@ -41,19 +41,19 @@ void ThreadPool::Pause() {
 
 void ThreadPool::Stop() {
   accepting_tasks_ = false;
-  std::shared_ptr<Task> dropped;
+  Task dropped;
   while (tasks_.TryPop(dropped)) {
-    dropped.reset();
+    dropped = {};
   }
   exit_threads_ = true;
-  task_event_.Set();
+  task_event_.Set(threads_.size());
   JoinAndClearThreads();
 }
 
 void ThreadPool::WaitAndStop() {
   accepting_tasks_ = false;
-  for (unsigned int attempt = 0; attempt < MAXIMUM_WAIT_ATTEMPTS_BEFORE_CLOSE && !tasks_.IsEmpty(); ++attempt) {
-    task_event_.Set();
+  for (unsigned int attempt = 0; attempt < MAXIMUM_WAIT_ATTEMPTS_BEFORE_CLOSE && tasks_.Size() != 0; ++attempt) {
+    task_event_.Set(tasks_.Size());
     std::this_thread::sleep_for(std::chrono::milliseconds(WAIT_INTERVAL_BETWEEN_ATTEMPTS_TO_CLOSE));
   }
   exit_threads_ = true;
@@ -64,13 +64,12 @@ std::future<int> ThreadPool::ScheduleTask(std::function<void()> task) {
   if (!accepting_tasks_) {
     throw std::runtime_error("Thread pool cannot accept new tasks");
   }
-  auto packaged = std::make_shared<Task>([task = std::move(task)] {
+  Task packaged([task = std::move(task)] {
     task();
     return 0;
   });
-  std::future<int> result = packaged->get_future();
-  tasks_.Push(std::move(packaged));
-  task_event_.Set();
+  std::future<int> result = packaged.get_future();
+  task_event_.Set(tasks_.Push(std::move(packaged)));
   return result;
 }
 
@@ -82,7 +81,7 @@ void ThreadPool::Resize(unsigned int threadCount) {
     EndThreads();
     AddThreads(threadCount);
   }
-  task_event_.Set();
+  task_event_.Set(tasks_.Size());
 }
 
 bool ThreadPool::HasWaitingThreads() {
@@ -140,9 +139,9 @@ void ThreadPool::JoinAndClearThreads() {
 
 void ThreadPool::TryPopTaskAndExecute() {
   --waiting_threads_;
-  std::shared_ptr<Task> task;
+  Task task;
   if (tasks_.TryPop(task)) {
-    (*task)();
+    task();
   }
   ++waiting_threads_;
 }

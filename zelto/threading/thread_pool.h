@@ -4,13 +4,12 @@
 
 #include <zelto/export.h>
 #include <zelto/threading/concurrent_queue.h>
-#include <zelto/threading/manual_reset_event.h>
+#include <zelto/threading/work_signal.h>
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
 #include <future>
-#include <memory>
 #include <thread>
 #include <vector>
 
@@ -115,8 +114,8 @@ class ZELTO_API ThreadPool : public IThreadPool {
   void EndThreads();
 
   std::vector<std::thread> threads_;  // for the controlling thread alone
-  ConcurrentQueue<std::shared_ptr<Task>> tasks_;
-  ManualResetEvent task_event_;
+  ConcurrentQueue<Task> tasks_;
+  WorkSignal task_event_;
   std::atomic<bool> exit_threads_{false};
   std::atomic<bool> accepting_tasks_{false};
   std::atomic<bool> paused_{false};
