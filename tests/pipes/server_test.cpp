@@ -1,4 +1,6 @@
 #include "tests/pipes/pipe_fixture.h"
+#include "tests/support/counter.h"
+#include "tests/support/process_resources.h"
 
 #include <functional>
 #include <future>
@@ -307,6 +309,33 @@ TEST(PipeServer, StoppedByACallbackItTakesNoClients) {
   EXPECT_NO_THROW(OpenClient(name));
 }
 
+TEST(PipeServer, RestartedOnlyByItsCallbacksItKeepsNothingOfEarlierRuns) {
+  const std::wstring name = UniquePipeName();
+  MultiClientNamedPipeServer* self = nullptr;
+  Testing::Counter restarts;
+  const auto server = MakeServer(name, [&](unsigned int, const std::wstring& message) {
+    self->Stop();
+    self->Start({});
+    restarts.Add();
+    return message;
+  });
+  self = server.get();
+  server->Start({});
+  std::size_t before = 0;
+  for (int round = 1; round <= 16; ++round) {  // each takes half a second under Wine
+    // A client may still meet the run that ends.
+    ASSERT_TRUE(Eventually([&] {
+      try {
+        OpenClient(name)->WriteMessage(L"again").get();
+      } catch (const Win32Exception&) {
+      }
+      return restarts.WaitFor(round, std::chrono::milliseconds(200));
+    }));
+    before = round == 4 ? Testing::CountProcessResources().handles : before;
+  }
+  EXPECT_TRUE(Eventually([&] { return Testing::CountProcessResources().handles <= before + 10; }));
+}
+
 TEST(PipeServer, WaitsForCallbacksThatRun) {
   std::promise<void> entered;
   std::promise<void> release;
@@ -395,6 +424,34 @@ TEST(PipeServerConnection, RunsWithoutAServerToo) {
   EXPECT_TRUE(Eventually([&] { return !connection->IsRunning(); }));
   connection->Stop();
   EXPECT_THAT(dropped.Ids(), ElementsAre(9));
+}
+
+TEST(PipeServerConnection, StoppedAndStartedByItsCallbackItDropsItsClientOnce) {
+  const std::wstring name = UniquePipeName();
+  BareEnd end = BareEnd::Listen(name);
+  const auto client = OpenClient(name);
+  end.Accept();
+  auto instance = std::make_shared<NamedPipeInstance>();
+  instance->pipe = std::move(end.pipe);
+  Testing::Counter dropped;
+  ActiveNamedPipeServerConnection* self = nullptr;
+  const auto connection = ActiveNamedPipeServerConnection::Create(
+      9, instance, 5000, 4096, Encoding::Utf8,
+      [&](unsigned int, const std::wstring& message) {
+        self->Stop();
+        self->Start();
+        return message;
+      },
+      [&](unsigned int) {
+        dropped.Add();
+        dropped.WaitFor(2, std::chrono::milliseconds(300));  // time for the other thread to come here as well
+      });
+  self = connection.get();
+  connection->Start();
+  client->WriteMessage(L"x").get();
+  EXPECT_TRUE(dropped.WaitFor(1));
+  EXPECT_TRUE(Eventually([&] { return connection->HasEnded(); }));
+  EXPECT_EQ(dropped.Value(), 1);
 }
 
 }  // namespace

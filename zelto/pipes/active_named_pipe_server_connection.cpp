@@ -6,6 +6,7 @@
 #include "zelto/threading/failure_report.h"
 #include "zelto/threading/thread_starter.h"
 
+#include <algorithm>
 #include <mutex>
 #include <stdexcept>
 #include <utility>
@@ -15,6 +16,7 @@ namespace Zelto::Utilities {
 namespace {
 
 constexpr std::uint32_t kDefaultBufferSize = 4096;
+constexpr std::uint32_t kLargestBufferSize = 0x7FFFFFFF;  // in UTF-16 its bytes still have a count of 32 bits
 
 SharedHandle MakeStopEvent() {
   SharedHandle event = Platform::CreateManualEvent();
@@ -46,7 +48,7 @@ ActiveNamedPipeServerConnection::ActiveNamedPipeServerConnection(
     : id_(id),
       instance_(std::move(instance)),
       timeout_ms_(timeout_ms),
-      buffer_size_(buffer_size == 0 ? kDefaultBufferSize : buffer_size),
+      buffer_size_(buffer_size == 0 ? kDefaultBufferSize : std::min(buffer_size, kLargestBufferSize)),
       encoding_(encoding),
       message_received_(std::move(message_received)),
       client_dropped_(std::move(client_dropped)),
@@ -56,18 +58,19 @@ ActiveNamedPipeServerConnection::~ActiveNamedPipeServerConnection() = default;
 
 void ActiveNamedPipeServerConnection::Start() {
   const std::lock_guard guard(state_lock_);
-  if (running_) {
+  if (IsRunning()) {
     return;
   }
   Release(std::move(thread_));
   EventAccessControl::ResetEvent(stop_event_);
-  running_ = true;
-  ended_ = false;
+  const std::uint64_t run = ++last_run_;
+  current_run_ = run;
+  ++threads_;
   try {
-    thread_ = StartThread([self = self_.lock()] { self->Run(); });
+    thread_ = StartThread([self = self_.lock(), run] { self->Run(run); });
   } catch (...) {
-    running_ = false;
-    ended_ = true;
+    current_run_ = kNoRun;
+    --threads_;
     throw;
   }
 }
@@ -83,7 +86,7 @@ void ActiveNamedPipeServerConnection::Stop() {
 }
 
 void ActiveNamedPipeServerConnection::RequestStop() noexcept {
-  running_ = false;
+  current_run_ = kNoRun;
   {
     const std::lock_guard guard(pipe_lock_);
     Platform::DisconnectPipe(instance_->pipe);
@@ -103,14 +106,14 @@ void ActiveNamedPipeServerConnection::Release(std::thread thread) noexcept {
   }
 }
 
-void ActiveNamedPipeServerConnection::Run() noexcept {
+void ActiveNamedPipeServerConnection::Run(std::uint64_t run) noexcept {
   try {
-    ReceiveData();
+    ReceiveData(run);
   } catch (...) {
     ReportCurrentException(L"Exception reading data from client");
   }
   Platform::DisconnectPipe(instance_->pipe);
-  if (running_) {
+  if (current_run_ == run) {
     try {
       client_dropped_(id_);
     } catch (...) {
@@ -122,13 +125,14 @@ void ActiveNamedPipeServerConnection::Run() noexcept {
     const std::scoped_lock guard(io_lock_, pipe_lock_);
     instance_->pipe.Reset();
   }
-  running_ = false;
-  ended_ = true;
+  current_run_.compare_exchange_strong(run, kNoRun);
+  --threads_;
 }
 
-void ActiveNamedPipeServerConnection::ReceiveData() {
+// A callback that stops the connection and starts it again leaves this run for good.
+void ActiveNamedPipeServerConnection::ReceiveData(std::uint64_t run) {
   std::wstring message;
-  while (running_ && ReadMessage(message)) {
+  while (current_run_ == run && ReadMessage(message)) {
     if (!message_received_ || message.empty()) {
       continue;
     }
@@ -166,7 +170,7 @@ bool ActiveNamedPipeServerConnection::ReadMessage(std::wstring& message) {
       throw std::runtime_error("Message exceeds the maximum size");
     case TransferStatus::Refused:
     case TransferStatus::Failed:
-      if (!running_ || IsPeerGone(result.error)) {
+      if (!IsRunning() || IsPeerGone(result.error)) {
         return false;
       }
       throw Win32Exception("Error reading from named pipe", result.error);
@@ -181,7 +185,7 @@ bool ActiveNamedPipeServerConnection::Respond(const std::wstring& message) {
   const TransferResult result = WriteWholeMessage({instance_->pipe, instance_->event, instance_->overlapped}, buffer,
                                                   {.timeout_ms = RESPONSE_TIMEOUT, .stop = stop_event_});
   const bool failed = result.status == TransferStatus::Refused || result.status == TransferStatus::Failed;
-  if (failed && running_ && !IsPeerGone(result.error)) {
+  if (failed && IsRunning() && !IsPeerGone(result.error)) {
     throw Win32Exception("Error writing to named pipe", result.error);
   }
   return result.status == TransferStatus::Done;

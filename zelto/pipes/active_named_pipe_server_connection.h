@@ -60,7 +60,7 @@ class ZELTO_API ActiveNamedPipeServerConnection final : public IActiveNamedPipeS
   ///
   /// @param instance     a pipe instance with a client
   /// @param timeout_ms   the server's time-out; reads wait without a limit and answers by `RESPONSE_TIMEOUT`
-  /// @param buffer_size  read chunk in code units; 0 counts as 4096
+  /// @param buffer_size  read chunk in code units; 0 counts as 4096, and more than 0x7FFFFFFF as that
   /// @throws Win32Exception  "ActiveNamedPipeServerConnection: Failed to create stop event."
   static std::shared_ptr<ActiveNamedPipeServerConnection> Create(unsigned int id,
                                                                  std::shared_ptr<NamedPipeInstance> instance,
@@ -73,13 +73,13 @@ class ZELTO_API ActiveNamedPipeServerConnection final : public IActiveNamedPipeS
 
   void Start() override;
   void Stop() override;
-  bool IsRunning() const override { return running_; }
+  bool IsRunning() const override { return current_run_ != kNoRun; }
 
   /// Ends the connection as `Stop` does, but waits for nothing. `Stop` must follow.
   void RequestStop() noexcept;
 
   /// True when the thread is past its last callback, or was never started: `Stop` then takes no time.
-  bool HasEnded() const noexcept { return ended_; }
+  bool HasEnded() const noexcept { return threads_ == 0; }
 
   /// Messages of more bytes end the connection before they are gathered; 0, the default, means no limit.
   void SetMaximumMessageSize(std::uint64_t bytes) noexcept { maximum_message_size_ = bytes; }
@@ -92,19 +92,22 @@ class ZELTO_API ActiveNamedPipeServerConnection final : public IActiveNamedPipeS
   bool Respond(const std::wstring& message);
 
  private:
+  static constexpr std::uint64_t kNoRun = 0;
+
   ActiveNamedPipeServerConnection(unsigned int id, std::shared_ptr<NamedPipeInstance> instance,
                                   std::uint32_t timeout_ms, std::uint32_t buffer_size,
                                   NamedPipeMessageEncoding encoding, MessageReceivedCallback message_received,
                                   ClientDroppedCallback client_dropped);
 
-  void Run() noexcept;
-  void ReceiveData();
+  void Run(std::uint64_t run) noexcept;
+  void ReceiveData(std::uint64_t run);
   bool ReadMessage(std::wstring& message);
   void Release(std::thread thread) noexcept;
 
   const unsigned int id_;
-  std::atomic<bool> running_ = false;
-  std::atomic<bool> ended_ = true;
+  std::uint64_t last_run_ = kNoRun;  // guarded by the state lock
+  std::atomic<std::uint64_t> current_run_ = kNoRun;
+  std::atomic<int> threads_ = 0;  // more than one after a stop and a start inside a callback
   CriticalSection io_lock_;
   CriticalSection pipe_lock_;  // with the I/O lock, for letting go of the instance's pipe
   const std::shared_ptr<NamedPipeInstance> instance_;

@@ -59,7 +59,8 @@ void DetachedWriter::Drain(std::uint32_t timeout_ms) noexcept {
     return;
   }
   LimitTo(timeout_ms);
-  changed_.wait(lock, [this] { return !active_; });
+  // Not for the pool's thread itself: without a write to begin or to finish it may never have come.
+  changed_.wait(lock, [this] { return fresh_.empty() && pending_.empty(); });
 }
 
 void DetachedWriter::Abandon() noexcept {

@@ -9,7 +9,9 @@
 #include "zelto/threading/thread_starter.h"
 #include "zelto/threading/wait_for_objects.h"
 
+#include <algorithm>
 #include <future>
+#include <list>
 #include <map>
 #include <utility>
 
@@ -29,11 +31,21 @@ struct MultiClientNamedPipeServer::Session {
   SharedHandle stop_event = EventAccessControl::CreateLocalEvent();
   SharedHandle reap_event = EventAccessControl::CreateLocalEvent();
   std::map<unsigned int, std::shared_ptr<ActiveNamedPipeServerConnection>> active_connections;
-  std::vector<std::shared_ptr<ActiveNamedPipeServerConnection>> closed_connections;
+  std::list<std::shared_ptr<ActiveNamedPipeServerConnection>> closed_connections;
   std::thread observer;
+  std::atomic<bool> observer_ended = false;
   std::promise<void> tried_to_listen;
 
   bool IsStopped() const { return WaitForObjects::WaitForSingleObject(stop_event, 0) == 0; }
+
+  /// True when all threads are past their last callback: joining them takes no time. Under the server's lock.
+  bool HasEnded() const {
+    return observer_ended &&
+           std::all_of(active_connections.begin(), active_connections.end(),
+                       [](const auto& entry) { return entry.second->HasEnded(); }) &&
+           std::all_of(closed_connections.begin(), closed_connections.end(),
+                       [](const auto& connection) { return connection->HasEnded(); });
+  }
 };
 
 /// Marks the thread as running a callback of a server.
@@ -84,6 +96,7 @@ MultiClientNamedPipeServer::MultiClientNamedPipeServer(std::wstring pipe_name, M
 MultiClientNamedPipeServer::~MultiClientNamedPipeServer() = default;
 
 void MultiClientNamedPipeServer::Start(PipeAuthenticationCallback authenticate) {
+  JoinSessionsAtTheirEnd();
   std::unique_lock guard(server_lock_);
   if (session_) {
     return;
@@ -91,7 +104,15 @@ void MultiClientNamedPipeServer::Start(PipeAuthenticationCallback authenticate) 
   ended_sessions_.reserve(ended_sessions_.size() + 1);  // so that ending this one cannot fail
   auto session = std::make_shared<Session>();
   session->authenticate = std::move(authenticate);
-  session->observer = StartThread([self = self_.lock(), session] { self->WaitForConnections(*session); });
+  const auto observer = std::make_shared<PipeObserver>(Platform::PipeSettings{.name = pipe_name_,
+                                                                              .buffer_size = buffer_size_,
+                                                                              .default_timeout_ms = timeout_ms_,
+                                                                              .allow_everyone = allow_everyone_},
+                                                       session->stop_event, session->reap_event);
+  session->observer = StartThread([self = self_.lock(), session, observer] {
+    self->WaitForConnections(*session, *observer);
+    session->observer_ended = true;
+  });
   session_ = session;
   guard.unlock();
   session->tried_to_listen.get_future().wait();
@@ -131,6 +152,26 @@ void MultiClientNamedPipeServer::JoinEndedSessions() {
     sessions.swap(ended_sessions_);
   }
   for (const auto& session : sessions) {
+    StopObserverThread(*session);
+    ClearActiveConnections(*session);
+  }
+}
+
+// A server that is only ever stopped inside its callbacks lets go of its earlier sessions here. Those that others join
+// are not in the list any more.
+void MultiClientNamedPipeServer::JoinSessionsAtTheirEnd() {
+  while (true) {
+    std::shared_ptr<Session> session;
+    {
+      const std::lock_guard guard(server_lock_);
+      const auto found = std::find_if(ended_sessions_.begin(), ended_sessions_.end(),
+                                      [](const auto& each) { return each->HasEnded(); });
+      if (found == ended_sessions_.end()) {
+        return;
+      }
+      session = *found;
+      ended_sessions_.erase(found);
+    }
     StopObserverThread(*session);
     ClearActiveConnections(*session);
   }
@@ -188,12 +229,7 @@ bool MultiClientNamedPipeServer::AuthenticateClient(const Session& session, cons
   return AcceptPeer(session.authenticate, pipe, true);
 }
 
-void MultiClientNamedPipeServer::WaitForConnections(Session& session) {
-  PipeObserver observer({.name = pipe_name_,
-                         .buffer_size = buffer_size_,
-                         .default_timeout_ms = timeout_ms_,
-                         .allow_everyone = allow_everyone_},
-                        session.stop_event, session.reap_event);
+void MultiClientNamedPipeServer::WaitForConnections(Session& session, PipeObserver& observer) {
   observer.ListenAgain();
   session.tried_to_listen.set_value();
   while (true) {
@@ -268,18 +304,18 @@ void MultiClientNamedPipeServer::RemoveActiveConnection(unsigned int id) {
 /// Lets go of the closed connections whose threads have ended. @return false when there are others
 bool MultiClientNamedPipeServer::ClearClosedConnections(Session& session) {
   Platform::ClearEvent(session.reap_event);
-  std::vector<std::shared_ptr<ActiveNamedPipeServerConnection>> ended;
+  std::list<std::shared_ptr<ActiveNamedPipeServerConnection>> ended;
   bool all = true;
   {
     const std::lock_guard guard(server_lock_);
-    std::erase_if(session.closed_connections, [&ended](const auto& connection) {
-      if (connection->HasEnded()) {
-        ended.push_back(connection);
-        return true;
+    auto& closed = session.closed_connections;
+    for (auto connection = closed.begin(); connection != closed.end();) {
+      const auto current = connection++;
+      if ((*current)->HasEnded()) {
+        ended.splice(ended.end(), closed, current);
       }
-      return false;
-    });
-    all = session.closed_connections.empty();
+    }
+    all = closed.empty();
   }
   for (const auto& connection : ended) {
     connection->Stop();

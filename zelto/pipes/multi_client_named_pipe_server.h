@@ -20,6 +20,8 @@
 
 namespace Zelto::Utilities {
 
+class PipeObserver;
+
 /// Serves any number of clients on one pipe. See `MultiClientNamedPipeServer`.
 class ZELTO_API IMultiClientNamedPipeServer {
  public:
@@ -78,7 +80,8 @@ class ZELTO_API MultiClientNamedPipeServer final : public IMultiClientNamedPipeS
   /// @param pipe_name         gets the prefix `\\.\pipe\` unless it has it
   /// @param message_received  may be empty: messages then get no answer
   /// @param timeout_ms        the pipe's default time-out for clients that wait for a free instance
-  /// @param buffer_size       the pipe's buffers, in bytes, and the read chunk, in code units; 0 counts as 4096
+  /// @param buffer_size       the pipe's buffers, in bytes, and the read chunk, in code units; 0 counts as 4096, and a
+  ///                          chunk has at most 0x7FFFFFFF units
   /// @param allow_everyone    every user may connect; otherwise only the same user and administrators
   /// @param client_dropped    called once for each accepted client that goes away or is dropped; must be set: otherwise
   ///                          `std::bad_function_call` is reported in its place
@@ -120,13 +123,14 @@ class ZELTO_API MultiClientNamedPipeServer final : public IMultiClientNamedPipeS
                              NamedPipeMessageEncoding encoding, std::uint32_t timeout_ms, std::uint32_t buffer_size,
                              bool allow_everyone, ClientDroppedCallback client_dropped);
 
-  void WaitForConnections(Session& session);
+  void WaitForConnections(Session& session, PipeObserver& observer);
   bool AuthenticateClient(const Session& session, const SharedHandle& pipe);
   void AddActiveConnectionThread(Session& session, std::shared_ptr<NamedPipeInstance> instance);
   bool ClearClosedConnections(Session& session);
   void RemoveActiveConnection(unsigned int id);
   void EndSession();
   void JoinEndedSessions();
+  void JoinSessionsAtTheirEnd();
   static void StopObserverThread(Session& session) noexcept;
   static void ClearActiveConnections(Session& session) noexcept;
 
