@@ -52,7 +52,7 @@ class TextOutput {
   template <typename Unit>
   void PutString(std::basic_string_view<Unit> text) {
     wchar_t* to = Room(text.size() + 2);
-    *to++ = L'"';
+    *to++ = L'"';  // NOLINT(clang-analyzer-core.NullDereference): there is no room without a buffer
     const std::size_t clean = CopyClean(text, to);
     cursor_ = to + clean;
     if (clean != text.size()) {

@@ -29,6 +29,7 @@ class InsertArguments {
 
   std::uintptr_t At(std::size_t number) {
     while (fetched_.size() < number) {
+      // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has started the list
       fetched_.push_back(va_arg(arguments_.list, std::uintptr_t));
     }
     return fetched_[number - 1];

@@ -125,7 +125,7 @@ void EnsurePoint(std::string& text, char exponent) {
 
 // "%#g" keeps the zeros at the end, so it chooses its form here.
 std::string GeneralWithZeros(double magnitude, int precision) {
-  const std::string scientific = RealText(magnitude, std::chars_format::scientific, precision - 1);
+  std::string scientific = RealText(magnitude, std::chars_format::scientific, precision - 1);
   const std::size_t mark = scientific.find('e');
   int exponent = 0;
   const bool negative = scientific[mark + 1] == '-';

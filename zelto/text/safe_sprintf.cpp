@@ -38,6 +38,7 @@ bool IsValid(const wchar_t* format) noexcept {
 PrintfValue Fetch(Arguments& arguments, PrintfArgument kind) {
   PrintfValue value;
   switch (kind) {
+    // NOLINTNEXTLINE(bugprone-branch-clone): what is fetched has different types
     case PrintfArgument::Int32:
       value.bits = va_arg(arguments.list, unsigned);
       break;

@@ -17,15 +17,15 @@ constexpr std::chrono::milliseconds kPausedLookInterval{1};
 
 ThreadPool::ThreadPool(unsigned int threadCount) {
   try {
-    Resize(threadCount);
+    ThreadPool::Resize(threadCount);
   } catch (...) {
-    Stop();
+    ThreadPool::Stop();
     throw;
   }
 }
 
 ThreadPool::~ThreadPool() {
-  WaitAndStop();
+  ThreadPool::WaitAndStop();
 }
 
 void ThreadPool::Start() {

@@ -13,7 +13,7 @@ TimerThread::TimerThread(std::function<void()> action, unsigned int intervalMill
 
 TimerThread::~TimerThread() {
   stopped_ = true;
-  SetEvent();
+  TimerThread::SetEvent();
   JoinThread();
 }
 

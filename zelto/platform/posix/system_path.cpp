@@ -40,6 +40,7 @@ ErrorCode ToSystemPath(std::wstring_view path, std::string& result) noexcept {
     }
     result.resize(ascii);
     for (std::size_t i = ascii; i < path.size(); ++i) {
+      // NOLINTNEXTLINE(bugprone-signed-char-misuse): a whole unit, no byte
       auto code_point = static_cast<std::uint32_t>(path[i]);
       const bool high = (code_point & 0xFFFFFC00) == 0xD800;
       const auto next = high && i + 1 < path.size() ? static_cast<std::uint32_t>(path[i + 1]) : 0U;

@@ -3,7 +3,9 @@
 #include "zelto/platform/errors.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
+#include <new>
 #include <string>
 
 namespace Zelto::Utilities {
@@ -159,7 +161,8 @@ class Win32Category final : public std::error_category {
 
 const std::error_category& SystemErrorCategory() noexcept {
   // Never destroyed: an error code may be looked at while static objects are being destroyed.
-  static const Win32Category& category = *new Win32Category;
+  alignas(Win32Category) static std::byte place[sizeof(Win32Category)];
+  static const Win32Category& category = *new (place) Win32Category;
   return category;
 }
 
