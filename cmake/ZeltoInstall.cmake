@@ -35,6 +35,14 @@ endif()
 configure_file("${PROJECT_SOURCE_DIR}/cmake/zelto.pc.in" "${PROJECT_BINARY_DIR}/zelto.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/zelto.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
+# The debuggers' views. GDB loads its one by itself for a library under /usr.
+install(FILES "${PROJECT_SOURCE_DIR}/debug/zelto.natvis" "${PROJECT_SOURCE_DIR}/debug/zelto_gdb.py"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/zelto")
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND BUILD_SHARED_LIBS)
+  install(FILES "${PROJECT_SOURCE_DIR}/debug/zelto_gdb.py" RENAME "libzelto.so.${PROJECT_VERSION}-gdb.py"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load/\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}")
+endif()
+
 install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md" TYPE DOC)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" TYPE DOC FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
 
