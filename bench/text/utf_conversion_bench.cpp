@@ -59,11 +59,27 @@ void Run(std::size_t size) {
   }
 }
 
+// Into a string that has room from the time before: without an allocation, which takes most of the time above.
+void RunIntoTarget(std::size_t size) {
+  for (const SampleText& sample : SampleTexts(size)) {
+    std::wstring units;
+    std::string bytes;
+    const std::string name = std::string(sample.kind) + ", " + std::to_string(sample.utf8.size()) + " bytes, target";
+    Print(("to UTF-16, " + name).c_str(), "std::wstring_convert",
+          Compare([&] { StringUtilities::Utf8ToUtf16(sample.utf8, units), Keep(units); },
+                  [&] { Keep(StandardDecode(sample.utf8)); }));
+    Print(("to UTF-8, " + name).c_str(), "std::wstring_convert",
+          Compare([&] { StringUtilities::Utf16ToUtf8(sample.utf16, bytes), Keep(bytes); },
+                  [&] { Keep(StandardEncode(sample.utf16)); }));
+  }
+}
+
 }  // namespace
 }  // namespace Zelto::Bench
 
 int main() {
   Zelto::Bench::Run(16);
+  Zelto::Bench::RunIntoTarget(16);
   Zelto::Bench::Run(200);
   Zelto::Bench::Run(16384);
 }

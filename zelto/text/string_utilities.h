@@ -45,9 +45,8 @@ class ZELTO_API StringUtilities {
   /// with L"ab" for L"b" becomes L"b". Nothing happens when `text` or `search` is empty.
   ///
   /// @throws std::runtime_error  "Replace shouldn't contain the search string for replace all" when it does
-  /// @throws std::length_error   when the replacements feed each other and the text grows without end (L"bbaa" for
-  /// L"ab"
-  ///                             in L"aab" does): past 16 Mi units more than |text| * (|replacement| + 1)
+  /// @throws std::length_error   when the replacements feed each other and the text grows without end, as with L"bbaa"
+  ///                             for L"ab" in L"aab": past 16 Mi units more than |text| * (|replacement| + 1)
   static void ReplaceAll(std::wstring& text, std::wstring_view search, std::wstring_view replacement);
 
   /// Replaces `search` at the beginning, once. Nothing happens when `text` or `search` is empty.
@@ -128,6 +127,7 @@ class ZELTO_API StringUtilities {
   ///
   /// Linear. Example: `Utf16ToUtf8(L"\u00E9")` is the bytes C3 A9.
   static std::string Utf16ToUtf8(std::wstring_view text);
+  /// The same in place of what `target` holds, which is left as it is when this throws. Short text uses its memory.
   static void Utf16ToUtf8(std::wstring_view text, std::string& target);
 
   /// Decodes UTF-8 up to its first zero byte or the end. Each character gives one unit: one above U+FFFF gives 0xE000
@@ -137,6 +137,7 @@ class ZELTO_API StringUtilities {
   /// @throws std::range_error  "bad conversion" on anything that is not well-formed UTF-8: overlong forms, encoded
   ///                           surrogates, characters above U+10FFFF, truncated sequences
   static std::wstring Utf8ToUtf16(std::string_view text);
+  /// The same in place of what `target` holds, which is left as it is when this throws. Short text uses its memory.
   static void Utf8ToUtf16(std::string_view text, std::wstring& target);
 
   /// The units up to the first zero unit or the end as single bytes of the same values, 0x01 to 0xFF.

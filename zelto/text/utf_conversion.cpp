@@ -14,16 +14,21 @@
 namespace Zelto::Utilities {
 namespace {
 
-// Text of other scripts is converted in parts, each into a buffer on the stack: short text is allocated once with its
-// final length, and what is written beyond a run of ASCII does no harm.
+// Text is converted in parts, each into a buffer on the stack: short text is allocated once with its final length, and
+// what is written beyond a run of ASCII does no harm.
 constexpr std::size_t kPart = 512;
 
 // Bytes that are looked at in one step: a loop of this fixed length compiles to vector instructions.
 constexpr std::size_t kBlock = 64;
 
+// Text up to this size is short: it is converted on the stack in steps of fewer bytes.
+constexpr std::size_t kShort = 64;
+constexpr std::size_t kStep = 16;
+
 // Bytes, or units, whose flags fit into one word, the first one in its lowest byte.
 constexpr std::size_t kWord = sizeof(std::uint64_t);
 constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+constexpr std::uint64_t kOnes = 0x0101010101010101U;
 static_assert(std::endian::native == std::endian::little);
 
 [[noreturn]] void ThrowBadConversion() {
@@ -66,6 +71,52 @@ std::size_t CountAscii(std::string_view text) noexcept {
     ++count;
   }
   return count;
+}
+
+// Widens bytes; false when one of them is zero or not ASCII.
+template <std::size_t kSize>
+inline bool WidenBytes(const char* at, wchar_t* to) noexcept {
+  // Copied first: otherwise each unit that is written might change the bytes to be read.
+  std::array<std::uint8_t, kSize> bytes;
+  std::memcpy(bytes.data(), at, kSize);
+  for (std::size_t i = 0; i < kSize; ++i) {
+    to[i] = static_cast<wchar_t>(bytes[i]);
+  }
+  // The subtraction sets the highest bit of a byte that is zero.
+  std::uint64_t flags = 0;
+  for (const std::uint64_t word : std::bit_cast<std::array<std::uint64_t, kSize / kWord>>(bytes)) {
+    flags |= word | (word - kOnes);
+  }
+  return (flags & kHighBits) == 0;
+}
+
+// Widens a whole text of at least `kSize` bytes; false when it holds a byte that is zero or not ASCII.
+template <std::size_t kSize>
+inline bool WidenText(std::string_view text, wchar_t* to) noexcept {
+  const std::size_t last = text.size() - kSize;
+  for (std::size_t i = 0; i < last; i += kSize) {
+    if (!WidenBytes<kSize>(text.data() + i, to + i)) {
+      return false;
+    }
+  }
+  // The last step may overlap the one before.
+  return WidenBytes<kSize>(text.data() + last, to + last);
+}
+
+// Widens a whole text; false when it holds a byte that is zero or not ASCII.
+bool WidenAscii(std::string_view text, wchar_t* to) noexcept {
+  if (text.size() >= kStep) {
+    return WidenText<kStep>(text, to);
+  }
+  if (text.size() >= kWord) {
+    return WidenText<kWord>(text, to);
+  }
+  bool is_ascii = true;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    to[i] = static_cast<wchar_t>(ByteValue(text[i]));
+    is_ascii = is_ascii && IsAscii(text[i]) && text[i] != '\0';
+  }
+  return is_ascii;
 }
 
 // In well-formed UTF-8 every character has exactly one byte that is no continuation.
@@ -127,14 +178,23 @@ inline wchar_t DecodeFourBytes(const char* at, const char* end) {
   return static_cast<wchar_t>(0xE000U + (value & 0xFFFU));
 }
 
+// What a text of at most `kSize` bytes or units is converted into. A byte gives at most one unit, and up to a word more
+// is overwritten. A unit gives at most three bytes, or four when it stands for a pair or is the first of one.
+template <std::size_t kSize>
+using UnitBuffer = std::array<wchar_t, kSize + kWord>;
+template <std::size_t kSize>
+using ByteBuffer = std::array<char, 4 * kSize>;
+
 // Where a conversion has come to.
 struct Decoded {
   const char* at;
-  wchar_t* to;
+  std::size_t units;
 };
 
-// Decodes from `at` on until `stop` is reached or passed; the text goes on to `end`. Up to a word more is overwritten.
-Decoded DecodePart(const char* at, const char* stop, const char* end, wchar_t* to) {
+// Decodes from `at` on until `stop` is reached or passed; the text goes on to `end`.
+template <std::size_t kSize>
+Decoded DecodePart(const char* at, const char* stop, const char* end, UnitBuffer<kSize>& units) {
+  wchar_t* to = units.data();
   while (at < stop) {
     if (static_cast<std::size_t>(end - at) >= kWord) {
       // A whole word is widened, and then taken as far as it is ASCII. Without a byte above ASCII all 64 bits are zero.
@@ -170,7 +230,7 @@ Decoded DecodePart(const char* at, const char* stop, const char* end, wchar_t* t
       }
     } while (at < stop && !IsAscii(*at));
   }
-  return {at, to};
+  return {at, static_cast<std::size_t>(to - units.data())};
 }
 
 constexpr bool TakesThreeBytes(std::uint32_t value) noexcept {
@@ -187,12 +247,13 @@ inline char* PutFourBytes(std::uint32_t character, char* to) noexcept {
 
 // Narrows whole blocks as long as they are ASCII, and returns the number of units. A block that is not may have been
 // written too.
+template <std::size_t kSize>
 std::size_t NarrowAsciiBlocks(std::wstring_view units, char* to) noexcept {
   const wchar_t* const at = units.data();
   std::size_t count = 0;
-  for (; units.size() - count >= kBlock; count += kBlock) {
+  for (; units.size() - count >= kSize; count += kSize) {
     std::uint32_t bits = 0;
-    for (std::size_t i = 0; i < kBlock; ++i) {
+    for (std::size_t i = 0; i < kSize; ++i) {
       bits |= ValueOf(at[count + i]);
       to[count + i] = static_cast<char>(at[count + i]);
     }
@@ -206,12 +267,16 @@ std::size_t NarrowAsciiBlocks(std::wstring_view units, char* to) noexcept {
 // Where a conversion has come to.
 struct Encoded {
   const wchar_t* at;
-  char* to;
+  std::size_t bytes;
 };
 
 // Encodes from `at` on until `stop` is reached or passed; the text goes on to `end`.
-Encoded EncodePart(const wchar_t* at, const wchar_t* stop, const wchar_t* end, char* to) {
-  const std::size_t ascii = NarrowAsciiBlocks({at, static_cast<std::size_t>(stop - at)}, to);
+template <std::size_t kSize>
+Encoded EncodePart(const wchar_t* at, const wchar_t* stop, const wchar_t* end, ByteBuffer<kSize>& bytes) {
+  char* to = bytes.data();
+  const auto encoded = [&] { return Encoded{at, static_cast<std::size_t>(to - bytes.data())}; };
+  constexpr std::size_t kAtOnce = kSize == kShort ? kStep : kBlock;
+  const std::size_t ascii = NarrowAsciiBlocks<kAtOnce>({at, static_cast<std::size_t>(stop - at)}, to);
   at += ascii;
   to += ascii;
   while (at < stop) {
@@ -220,7 +285,7 @@ Encoded EncodePart(const wchar_t* at, const wchar_t* stop, const wchar_t* end, c
     while (value <= 0x7FU) {
       *to++ = static_cast<char>(value);
       if (++at == stop) {
-        return {at, to};
+        return encoded();
       }
       value = ValueOf(*at);
     }
@@ -230,7 +295,7 @@ Encoded EncodePart(const wchar_t* at, const wchar_t* stop, const wchar_t* end, c
       to[2] = static_cast<char>(0x80U | (value & 0x3FU));
       to += 3;
       if (++at == stop) {
-        return {at, to};
+        return encoded();
       }
       value = ValueOf(*at);
     }
@@ -251,19 +316,26 @@ Encoded EncodePart(const wchar_t* at, const wchar_t* stop, const wchar_t* end, c
       ++at;
     }
   }
-  return {at, to};
+  return encoded();
 }
 
-}  // namespace
-
-std::wstring StringUtilities::Utf8ToUtf16(std::string_view text) {
+// Decodes a short text up to its first zero byte; returns the number of units.
+std::size_t DecodeShort(std::string_view text, UnitBuffer<kShort>& units) {
+  if (WidenAscii(text, units.data())) {
+    return text.size();
+  }
   text = UpToZero(text);
-  const std::size_t ascii = CountAscii(text);
-  if (ascii == text.size()) {
+  const char* const end = text.data() + text.size();
+  return DecodePart<kShort>(text.data(), end, end, units).units;
+}
+
+std::wstring DecodeLong(std::string_view text) {
+  text = UpToZero(text);
+  if (CountAscii(text) == text.size()) {
     return std::wstring(text.begin(), text.end());
   }
-  // A byte gives at most one unit; a sequence that begins in one part may end in the next.
-  wchar_t units[kPart + kWord];
+  // A sequence that begins in one part may end in the next.
+  UnitBuffer<kPart> units;
   std::wstring result;
   if (text.size() > kPart) {
     result.reserve(CountCharacters(text));
@@ -272,39 +344,73 @@ std::wstring StringUtilities::Utf8ToUtf16(std::string_view text) {
   const char* const end = at + text.size();
   while (at != end) {
     const char* const stop = at + std::min(kPart, static_cast<std::size_t>(end - at));
-    const Decoded decoded = DecodePart(at, stop, end, units);
+    const Decoded decoded = DecodePart<kPart>(at, stop, end, units);
     at = decoded.at;
-    result.append(units, static_cast<std::size_t>(decoded.to - units));
+    result.append(units.data(), decoded.units);
   }
   return result;
 }
 
-void StringUtilities::Utf8ToUtf16(std::string_view text, std::wstring& target) {
-  target = Utf8ToUtf16(text);
+// Encodes a short text; returns the number of bytes.
+std::size_t EncodeShort(std::wstring_view text, ByteBuffer<kShort>& bytes) {
+  const wchar_t* const end = text.data() + text.size();
+  return EncodePart<kShort>(text.data(), end, end, bytes).bytes;
 }
 
-std::string StringUtilities::Utf16ToUtf8(std::wstring_view text) {
-  // A unit gives at most three bytes, or four when it stands for a pair; the last one may be the first of a pair.
-  char bytes[4 * kPart];
+std::string EncodeLong(std::wstring_view text) {
+  ByteBuffer<kPart> bytes;
   std::string result;
   const wchar_t* at = text.data();
   const wchar_t* const end = at + text.size();
   while (at != end) {
     const wchar_t* const stop = at + std::min(kPart, static_cast<std::size_t>(end - at));
-    const Encoded encoded = EncodePart(at, stop, end, bytes);
+    const Encoded encoded = EncodePart<kPart>(at, stop, end, bytes);
     at = encoded.at;
-    const auto size = static_cast<std::size_t>(encoded.to - bytes);
     if (result.empty()) {
       // The first part tells how much the others may need.
-      result.reserve(at == end ? size : size * (text.size() / kPart + 1));
+      result.reserve(at == end ? encoded.bytes : encoded.bytes * (text.size() / kPart + 1));
     }
-    result.append(bytes, size);
+    result.append(bytes.data(), encoded.bytes);
   }
   return result;
 }
 
+}  // namespace
+
+std::wstring StringUtilities::Utf8ToUtf16(std::string_view text) {
+  if (text.size() > kShort) {
+    return DecodeLong(text);
+  }
+  UnitBuffer<kShort> units;
+  const std::size_t size = DecodeShort(text, units);
+  return std::wstring(units.data(), size);
+}
+
+void StringUtilities::Utf8ToUtf16(std::string_view text, std::wstring& target) {
+  if (text.size() > kShort) {
+    target = DecodeLong(text);
+    return;
+  }
+  UnitBuffer<kShort> units;
+  target.assign(units.data(), DecodeShort(text, units));
+}
+
+std::string StringUtilities::Utf16ToUtf8(std::wstring_view text) {
+  if (text.size() > kShort) {
+    return EncodeLong(text);
+  }
+  ByteBuffer<kShort> bytes;
+  const std::size_t size = EncodeShort(text, bytes);
+  return std::string(bytes.data(), size);
+}
+
 void StringUtilities::Utf16ToUtf8(std::wstring_view text, std::string& target) {
-  target = Utf16ToUtf8(text);
+  if (text.size() > kShort) {
+    target = EncodeLong(text);
+    return;
+  }
+  ByteBuffer<kShort> bytes;
+  target.assign(bytes.data(), EncodeShort(text, bytes));
 }
 
 std::string StringUtilities::ToAscii(std::wstring_view text) {
