@@ -7,6 +7,8 @@
 
 namespace Zelto::Json {
 
+const unsigned int JsonReader::MAXIMUM_NESTING;
+
 struct JsonReader::Scalar {
   std::wstring_view text;  // of a string, what stands between the quotes
   bool plain = true;

@@ -26,7 +26,7 @@ class DocumentBuilder;
 class ZELTO_API JsonReader {
  public:
   /// So many objects may be open at the same time, the root included.
-  static constexpr unsigned int MAXIMUM_NESTING = 512;
+  static const unsigned int MAXIMUM_NESTING = 512;
 
   /// Reads a document.
   ///

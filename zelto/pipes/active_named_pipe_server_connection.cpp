@@ -28,6 +28,8 @@ SharedHandle MakeStopEvent() {
 
 }  // namespace
 
+const std::uint32_t ActiveNamedPipeServerConnection::RESPONSE_TIMEOUT;
+
 std::shared_ptr<ActiveNamedPipeServerConnection> ActiveNamedPipeServerConnection::Create(
     unsigned int id, std::shared_ptr<NamedPipeInstance> instance, std::uint32_t timeout_ms, std::uint32_t buffer_size,
     NamedPipeMessageEncoding encoding, MessageReceivedCallback message_received, ClientDroppedCallback client_dropped) {

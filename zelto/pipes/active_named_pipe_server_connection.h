@@ -54,7 +54,7 @@ class ZELTO_API IActiveNamedPipeServerConnection {
 /// stopped. Any thread may call.
 class ZELTO_API ActiveNamedPipeServerConnection final : public IActiveNamedPipeServerConnection {
  public:
-  static constexpr std::uint32_t RESPONSE_TIMEOUT = 10000;  ///< milliseconds that a client has to take an answer
+  static const std::uint32_t RESPONSE_TIMEOUT = 10000;  ///< milliseconds that a client has to take an answer
 
   /// Makes a connection that does not run yet.
   ///

@@ -20,6 +20,10 @@ constexpr std::chrono::milliseconds kAttemptPause{200};
 
 }  // namespace
 
+const std::uint32_t IAsyncNamedPipeClient::DEFAULT_TIMEOUT;
+const std::uint32_t AsyncNamedPipeClient::MAX_ATTEMPTS_COUNT;
+const std::uint32_t AsyncNamedPipeClient::MAX_MESSAGE_SIZE;
+
 AsyncNamedPipeClient::AsyncNamedPipeClient(const std::wstring& pipe_name, std::uint32_t timeout_ms)
     : instance_(std::make_shared<ClientPipeInstance>(FullPipeName(pipe_name))),
       timeout_ms_(timeout_ms == 0 ? DEFAULT_TIMEOUT : timeout_ms) {}

@@ -22,7 +22,7 @@ class ClientPipeInstance;
 class ZELTO_API IAsyncNamedPipeClient {
  public:
   /// The time-out, in milliseconds, of a client that is built with 0.
-  static constexpr std::uint32_t DEFAULT_TIMEOUT = 5000;
+  static const std::uint32_t DEFAULT_TIMEOUT = 5000;
 
   IAsyncNamedPipeClient() = default;
   virtual ~IAsyncNamedPipeClient() = default;
@@ -100,8 +100,8 @@ class ZELTO_API IAsyncNamedPipeClient {
 /// ```
 class ZELTO_API AsyncNamedPipeClient : public IAsyncNamedPipeClient {
  public:
-  static constexpr std::uint32_t MAX_ATTEMPTS_COUNT = 5;   ///< attempts of `Open`
-  static constexpr std::uint32_t MAX_MESSAGE_SIZE = 4096;  ///< code units of one chunk
+  static const std::uint32_t MAX_ATTEMPTS_COUNT = 5;   ///< attempts of `Open`
+  static const std::uint32_t MAX_MESSAGE_SIZE = 4096;  ///< code units of one chunk
 
   /// Opens nothing yet. The encoding is UTF-8.
   ///

@@ -25,6 +25,8 @@ constexpr std::uint32_t kReapRetryMs = 10;
 
 }  // namespace
 
+const std::uint32_t MultiClientNamedPipeServer::LISTENING_INSTANCES;
+
 /// What lives from one `Start` to its `Stop`. The server's lock guards the two lists; the observer is the joiner's.
 struct MultiClientNamedPipeServer::Session {
   PipeAuthenticationCallback authenticate;

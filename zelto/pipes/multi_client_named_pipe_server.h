@@ -73,7 +73,7 @@ class ZELTO_API MultiClientNamedPipeServer final : public IMultiClientNamedPipeS
  public:
   /// Instances that a server keeps listening on Windows, so that clients that come at once find room. On Linux one is
   /// enough: the system queues clients.
-  static constexpr std::uint32_t LISTENING_INSTANCES = 60;
+  static const std::uint32_t LISTENING_INSTANCES = 60;
 
   /// Makes a server that is not started.
   ///

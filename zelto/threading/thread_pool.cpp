@@ -15,6 +15,10 @@ constexpr std::chrono::milliseconds kPausedLookInterval{1};
 
 }  // namespace
 
+const unsigned int ThreadPool::MAXIMUM_WAIT_ATTEMPTS_BEFORE_CLOSE;
+const unsigned int ThreadPool::WAIT_INTERVAL_BETWEEN_ATTEMPTS_TO_CLOSE;
+const unsigned int ThreadPool::MAXIMUM_LOOP_WAIT_INTERVAL;
+
 ThreadPool::ThreadPool(unsigned int threadCount) {
   try {
     ThreadPool::Resize(threadCount);

@@ -40,11 +40,11 @@ class ZELTO_API IThreadPool {
 class ZELTO_API ThreadPool : public IThreadPool {
  public:
   /// How often `WaitAndStop` gives a queue that is not empty more time.
-  static constexpr unsigned int MAXIMUM_WAIT_ATTEMPTS_BEFORE_CLOSE = 10;
+  static const unsigned int MAXIMUM_WAIT_ATTEMPTS_BEFORE_CLOSE = 10;
   /// How long it waits each time, in milliseconds.
-  static constexpr unsigned int WAIT_INTERVAL_BETWEEN_ATTEMPTS_TO_CLOSE = 500;
+  static const unsigned int WAIT_INTERVAL_BETWEEN_ATTEMPTS_TO_CLOSE = 500;
   /// After how many milliseconds an idle worker looks whether it shall end.
-  static constexpr unsigned int MAXIMUM_LOOP_WAIT_INTERVAL = 100;
+  static const unsigned int MAXIMUM_LOOP_WAIT_INTERVAL = 100;
 
   /// Starts the workers, which idle; tasks are accepted after `Start`.
   ///

@@ -28,6 +28,13 @@ std::int64_t TicksPer(TimeUnit unit) {
 
 }  // namespace
 
+const std::int64_t TimeUnitConverter::TICKS_PER_MICROSECOND;
+const std::int64_t TimeUnitConverter::TICKS_PER_MILLISECOND;
+const std::int64_t TimeUnitConverter::TICKS_PER_SECOND;
+const std::int64_t TimeUnitConverter::TICKS_PER_MINUTE;
+const std::int64_t TimeUnitConverter::TICKS_PER_HOUR;
+const std::int64_t TimeUnitConverter::TICKS_PER_DAY;
+
 std::int64_t TimeUnitConverter::Convert(std::int64_t value, TimeUnit from, TimeUnit to) {
   const std::int64_t per_from = TicksPer(from);
   const std::int64_t per_to = TicksPer(to);

@@ -24,12 +24,13 @@ class ZELTO_API TimeUnitConverter {
  public:
   TimeUnitConverter() = delete;
 
-  static constexpr std::int64_t TICKS_PER_MICROSECOND = 10;
-  static constexpr std::int64_t TICKS_PER_MILLISECOND = 10'000;
-  static constexpr std::int64_t TICKS_PER_SECOND = 10'000'000;
-  static constexpr std::int64_t TICKS_PER_MINUTE = 600'000'000;
-  static constexpr std::int64_t TICKS_PER_HOUR = 36'000'000'000;
-  static constexpr std::int64_t TICKS_PER_DAY = 864'000'000'000;
+  // Not inline: GCC for Windows does not find inline constants of a DLL's class when they are passed by reference.
+  static const std::int64_t TICKS_PER_MICROSECOND = 10;
+  static const std::int64_t TICKS_PER_MILLISECOND = 10'000;
+  static const std::int64_t TICKS_PER_SECOND = 10'000'000;
+  static const std::int64_t TICKS_PER_MINUTE = 600'000'000;
+  static const std::int64_t TICKS_PER_HOUR = 36'000'000'000;
+  static const std::int64_t TICKS_PER_DAY = 864'000'000'000;
 
   /// Converts a count of one unit into a count of another. To a larger unit the rest is cut off, towards zero.
   ///

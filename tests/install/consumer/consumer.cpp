@@ -4,6 +4,27 @@
 
 using namespace Zelto::Utilities;
 
+// Constants that callers pass by reference, to std::min or to a test, must be found in the library.
+const void* volatile constants[] = {
+    &ActiveNamedPipeServerConnection::RESPONSE_TIMEOUT,
+    &AsyncNamedPipeClient::DEFAULT_TIMEOUT,
+    &AsyncNamedPipeClient::MAX_ATTEMPTS_COUNT,
+    &AsyncNamedPipeClient::MAX_MESSAGE_SIZE,
+    &FileAppender::noBackupFileLimit,
+    &FileAppender::noFileSizeLimit,
+    &MultiClientNamedPipeServer::LISTENING_INSTANCES,
+    &ThreadPool::MAXIMUM_LOOP_WAIT_INTERVAL,
+    &ThreadPool::MAXIMUM_WAIT_ATTEMPTS_BEFORE_CLOSE,
+    &ThreadPool::WAIT_INTERVAL_BETWEEN_ATTEMPTS_TO_CLOSE,
+    &TimeUnitConverter::TICKS_PER_DAY,
+    &TimeUnitConverter::TICKS_PER_HOUR,
+    &TimeUnitConverter::TICKS_PER_MICROSECOND,
+    &TimeUnitConverter::TICKS_PER_MILLISECOND,
+    &TimeUnitConverter::TICKS_PER_MINUTE,
+    &TimeUnitConverter::TICKS_PER_SECOND,
+    &Zelto::Json::JsonReader::MAXIMUM_NESTING,
+};
+
 // Fails when the installed headers, library or options do not fit together. Prints the library's version.
 int main() {
   const SharedHandle event = EventAccessControl::CreateLocalEvent();
