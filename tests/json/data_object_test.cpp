@@ -14,6 +14,13 @@
 namespace Zelto::Json {
 namespace {
 
+template <typename Value>
+concept Boolean = requires(DataObject& object, Value value) {
+  object.SetBooleanValue(L"k", value);
+};
+static_assert(Boolean<bool> && Boolean<BooleanToken> && !Boolean<const wchar_t*> && !Boolean<const char*>,
+              "L\"false\" would be true");
+
 std::wstring KeysOf(const DataObject& object) {
   std::wstring keys;
   for (const auto& [key, value] : object) {

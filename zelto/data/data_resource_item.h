@@ -50,6 +50,9 @@ class ZELTO_API IDataResourceItem {
   /// Whether an attribute is the boolean true; false when there is none or it is of another kind.
   virtual bool GetBoolValue(const std::wstring& key) = 0;
   virtual void SetBoolValue(const std::wstring& key, bool value) = 0;
+  /// Not for text: a pointer would count as true.
+  template <typename T>
+  void SetBoolValue(const std::wstring& key, const T* value) = delete;
 
   /// The whole record, shared with the item: changes on either side show on the other. Never an empty pointer.
   virtual std::shared_ptr<Json::DataObject> AsDataObject() = 0;
@@ -126,6 +129,7 @@ class ZELTO_API DataResourceItem : public IDataResourceItem {
   void SetDateValue(const std::wstring& key, UtcTime value) override;
   bool GetBoolValue(const std::wstring& key) override;
   void SetBoolValue(const std::wstring& key, bool value) override;
+  using IDataResourceItem::SetBoolValue;
   std::shared_ptr<Json::DataObject> AsDataObject() override;
   void SetStringArrayValue(const std::wstring& key, std::vector<std::wstring> values) override;
   const std::vector<std::wstring>& GetStringArrayValue(const std::wstring& key) override;

@@ -103,6 +103,9 @@ class ZELTO_API DataObject {
   ZELTO_NULL_OBJECT_ALLOWED std::uint64_t GetUint64Value(const std::wstring& key, std::uint64_t default_value) const;
   /// `DataValue::GetBooleanValue` of the value under the key; `default_value` when there is none.
   ZELTO_NULL_OBJECT_ALLOWED bool GetBooleanValue(const std::wstring& key, bool default_value) const;
+  /// Not for text: a pointer would count as true.
+  template <typename T>
+  bool GetBooleanValue(const std::wstring& key, const T* default_value) const = delete;
   /// `DataValue::GetObject` of the value under the key; an empty pointer when there is none.
   ZELTO_NULL_OBJECT_ALLOWED std::shared_ptr<const DataObject> GetDataObject(const std::wstring& key) const;
   /// `DataValue::GetObjectArray` of the value under the key; one shared empty list when there is none.
@@ -118,6 +121,9 @@ class ZELTO_API DataObject {
   void SetUint64Value(const std::wstring& key, std::uint64_t value);
   void SetBooleanValue(const std::wstring& key, bool value);
   void SetBooleanValue(const std::wstring& key, BooleanToken value);
+  /// Not for text: a pointer would count as true. `BooleanToken(L"false")` holds one.
+  template <typename T>
+  void SetBooleanValue(const std::wstring& key, const T* value) = delete;
   /// `GetValue(key).SetObject(object)`.
   void SetObject(const std::wstring& key, std::shared_ptr<DataObject> object);
   /// The value becomes an array of exactly these objects.
