@@ -25,6 +25,11 @@ constexpr bool IsLowSurrogate(std::uint32_t value) noexcept {
   return (value & 0xFFFFFC00U) == 0xDC00U;
 }
 
+/// Whether "." of the ECMAScript grammar leaves out a unit.
+constexpr bool IsLineEnd(char16_t unit) noexcept {
+  return unit == u'\n' || unit == u'\r' || unit == u'\u2028' || unit == u'\u2029';
+}
+
 /// Calls `use(char16_t)` for each unit of UTF-16 that a character stands for: itself, or its surrogate pair when it is
 /// above U+FFFF. Of a value above U+10FFFF the low 16 bits remain.
 template <typename Use>

@@ -18,10 +18,6 @@ constexpr std::size_t kAsciiUnits = 128;
 constexpr std::uint8_t kLineEndStep = 0;
 constexpr std::uint8_t kUnnamedStep = 1;
 
-constexpr bool IsLineEnd(char16_t unit) {
-  return unit == u'\n' || unit == u'\r' || unit == u'\u2028' || unit == u'\u2029';
-}
-
 constexpr std::uint64_t Bit(std::size_t state) {
   return std::uint64_t{1} << (state % kStatesPerBlock);
 }

@@ -1,6 +1,7 @@
 #include "zelto/time/iso8601.h"
 
 #include "zelto/text/ascii.h"
+#include "zelto/text/utf16_units.h"
 
 #include <stdexcept>
 
@@ -10,11 +11,16 @@ namespace {
 constexpr std::size_t kShortestText = 4;
 constexpr std::size_t kTimeSize = 8;      // hh:mm:ss
 constexpr std::size_t kGroupSize = 9;     // a separator and hh:mm:ss
-constexpr std::size_t kFractionSize = 4;  // any character and three digits
+constexpr std::size_t kFractionSize = 4;  // any unit and three digits
 constexpr std::size_t kZoneSize = 6;      // +hh:mm
 constexpr std::size_t kUtcZoneSize = 1;   // Z
 
-// In the patterns below, 'd' is a digit, '.' any character but a line end, everything else itself.
+// A character above U+FFFF stands for two units, and what follows here is never a second one.
+bool IsUnitWithinLine(wchar_t character) noexcept {
+  return ValueOf(character) <= 0xFFFF && !IsLineEnd(static_cast<char16_t>(character));
+}
+
+// In the patterns below, 'd' is a digit, '.' any unit but a line end, everything else itself.
 bool Fits(std::wstring_view text, std::string_view pattern) noexcept {
   if (text.size() < pattern.size()) {
     return false;
@@ -22,7 +28,7 @@ bool Fits(std::wstring_view text, std::string_view pattern) noexcept {
   for (std::size_t i = 0; i < pattern.size(); ++i) {
     const wchar_t unit = text[i];
     const bool fits = pattern[i] == 'd'   ? Ascii::IsDigit(unit)
-                      : pattern[i] == '.' ? unit != L'\n' && unit != L'\r'
+                      : pattern[i] == '.' ? IsUnitWithinLine(unit)
                                           : unit == static_cast<wchar_t>(pattern[i]);
     if (!fits) {
       return false;
@@ -43,7 +49,7 @@ class Frontier {
   unsigned bits_ = 0;
 };
 
-// Reads groups (where allowed), fractions and zones to the end. A fraction may begin with any character, so that one
+// Reads groups (where allowed), fractions and zones to the end. A fraction may begin with any unit, so that one
 // text can be read in several ways; all are followed at once, each step looking at few characters.
 bool TailMatches(std::wstring_view text, bool after_time, bool groups) noexcept {
   Frontier times;  // behind a time or fraction: groups, fractions and zones may follow
