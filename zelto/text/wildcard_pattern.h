@@ -20,8 +20,8 @@ class WildcardMatcher;
 /// |---|---|
 /// | `?` | any one unit that is not a line end (U+000A, U+000D, U+2028, U+2029) |
 /// | `*` | any number of such units, also none |
-/// | `+` | the unit before it once or more often: `a+` is a, aa, ...; `?+` is one or more of any; `\+` is one or more
-/// backslashes | | anything else | itself; ASCII letters in either case |
+/// | `+` | the unit before it once or more often: `a+` is a, aa, ...; `?+` is any unit or more |
+/// | anything else | itself, the backslash too; ASCII letters in either case |
 ///
 /// Only ASCII letters have a case, whatever the locale. A surrogate pair is two units, so `??` matches it; on Linux one
 /// unit above 0xFFFF counts as its pair, in the pattern and in the text.

@@ -55,7 +55,12 @@ class ZELTO_API UtcTime {
   /// Empty.
   constexpr UtcTime() noexcept = default;
 
+  /// A file time. Without `local` any ticks are taken as they are.
   UtcTime(const FILETIME& time, bool local);
+
+  /// Calendar fields. The day of the week is not read.
+  ///
+  /// @throws Win32Exception  "Can't convert system time to file time" when the calendar does not have them
   UtcTime(const SYSTEMTIME& time, bool local);
   UtcTime(std::uint16_t year, std::uint16_t month, std::uint16_t day, std::uint16_t hour, std::uint16_t minute,
           std::uint16_t second, std::uint16_t milliseconds, bool local);
@@ -78,6 +83,7 @@ class ZELTO_API UtcTime {
     return time;
   }
 
+  /// As the constructors.
   void SetTime(const FILETIME& time, bool local);
   void SetTime(const SYSTEMTIME& time, bool local);
   void SetTime(std::uint16_t year, std::uint16_t month, std::uint16_t day, std::uint16_t hour, std::uint16_t minute,
@@ -104,8 +110,8 @@ class ZELTO_API UtcTime {
   /// - when its third character is ":", hh:mm:ss, then any number of fractions, then any number of zones;
   /// - otherwise yyyy-mm-dd, each dash optional, then any number of groups of one of " ,T", hh:mm:ss and any number of
   ///   fractions, then any number of zones.
-  /// A fraction is any character but a line end and three digits; a zone is "Z", or a sign, two digits, any character
-  /// but a line end, and two digits. The values are not looked at: a month 99 passes.
+  /// A fraction is any unit but a line end (U+000A, U+000D, U+2028, U+2029) and three digits; a zone is "Z", or a sign,
+  /// two digits, any unit but a line end, and two digits. The values are not looked at: a month 99 passes.
   static bool IsISO8601DateTime(std::wstring_view text) noexcept;
 
   /// Whether the calendar has this time.
@@ -116,10 +122,13 @@ class ZELTO_API UtcTime {
 
   /// The raw tick count.
   constexpr std::uint64_t GetTime() const noexcept { return ticks_; }
+  /// The calendar fields.
   void GetTime(std::uint16_t& year, std::uint16_t& month, std::uint16_t& day, std::uint16_t& hour,
                std::uint16_t& minute, std::uint16_t& second, std::uint16_t& milliseconds, bool local) const;
 
+  /// The tick count in two halves. Without `local` it never throws.
   FILETIME GetFileTime(bool local) const;
+  /// The calendar fields, and each alone.
   SYSTEMTIME GetSystemTime(bool local) const;
 
   std::uint16_t GetYear(bool local) const;

@@ -78,9 +78,8 @@ class ZELTO_API Version {
 
   /// Formats the four parts, in order, as `StringUtilities::SafeSprintf` does.
   ///
-  /// @param format  at most four conversions of 32-bit integers: d, i, u, x, X or o, with flags, width and precision
-  /// but
-  ///                no "*"; "%%" is a percent sign
+  /// @param format  at most four conversions of 32-bit integers: d, i, u, x, X or o, with flags, width and precision,
+  ///                without "*"; "%%" is a percent sign
   /// @throws Win32Exception  "Can't generate a valid version string" for any other format, and when the result is empty
   ///                         or longer than 255 units
   std::wstring ToString(const wchar_t* format) const;
