@@ -1,0 +1,62 @@
+// Requests over loopback beside bare libcurl with the same options. With arguments it only runs one client, for
+// counting its instructions.
+#include "bench/support/interleaved.h"
+#include "clients.h"
+#include "server_process.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+constexpr std::size_t kSmall = 1024;
+constexpr std::size_t kLarge = 100U << 20;
+constexpr std::size_t kPairs = 51;
+constexpr double kOneBatch = 1;
+
+void Get(Client& client, const std::string& url, std::size_t size, unsigned times) {
+  for (unsigned i = 0; i < times; ++i) {
+    if (client.Get(url) != size) {
+      throw std::runtime_error("the body is not whole");
+    }
+  }
+}
+
+void CompareAt(const std::string& server, std::size_t size, unsigned times) {
+  const std::string url = server + "/" + std::to_string(size);
+  const auto batch = [&](Client& client) { return [&, times] { Get(client, url, size, times); }; };
+  const auto zelto = MakeZeltoClient(false);
+  const auto text = MakeZeltoClient(true);
+  const auto bare = MakeBareClient();
+  const auto bare_again = MakeBareClient();
+  const std::string what = std::to_string(times) + " GETs of " + std::to_string(size) + " bytes";
+  const auto compare = [&](const std::string& name, Client& ours) {
+    Zelto::Bench::Print(name.c_str(), "bare libcurl",
+                        Zelto::Bench::Compare(batch(ours), batch(*bare), kPairs, kOneBatch));
+  };
+  compare(what, *zelto);
+  compare("  into text", *text);
+  compare("  bare libcurl itself", *bare_again);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::string server = StartServerProcess();
+  if (argc == 4) {
+    const std::string name = argv[1];
+    const std::size_t size = std::strtoul(argv[2], nullptr, 10);
+    const auto client = name == "bare" ? MakeBareClient() : MakeZeltoClient(name == "text");
+    Get(*client, server + "/" + argv[2], size, static_cast<unsigned>(std::strtoul(argv[3], nullptr, 10)));
+    return 0;
+  }
+  if (argc != 1) {
+    std::fprintf(stderr, "usage: http_bench [zelto|text|bare SIZE TIMES]\n");
+    return 2;
+  }
+  CompareAt(server, kSmall, 1000);
+  CompareAt(server, kLarge, 1);
+  return 0;
+}

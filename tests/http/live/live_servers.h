@@ -1,0 +1,63 @@
+/// @file
+/// Real servers on free loopback ports: nginx with HTTP and HTTPS, and tinyproxy. They run for the whole test program.
+#pragma once
+
+#include "tests/http/live/certificates.h"
+#include "tests/http/live/loopback_server.h"
+#include "tests/http/live/program.h"
+#include "tests/support/temp_folder.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Zelto::Testing {
+
+/// Certificates: authorities "root", "middle" (by root) and "stranger"; servers "server" (localhost and 127.0.0.1, by
+/// middle) and "elsewhere" (another host, by middle). Each server sends its chain up to middle.
+///
+/// Paths of nginx: /status/CODE answers with that status and its number as the text; /uri, /via, /head and /echo
+/// return what they were asked for (the address, the proxies, some headers, the body); /private wants user "us\u00E9r"
+/// with password "p@w"; anything else is a file of the folder.
+class LiveServers {
+ public:
+  /// The servers, started at the first call, which belongs on the main thread.
+  static LiveServers& Get();
+  LiveServers();
+
+  std::wstring Http(const std::wstring& path) const;
+  /// @param host  localhost, or another name of the loopback address
+  std::wstring Https(const std::wstring& path, const std::wstring& host = L"localhost") const;
+  /// The server whose certificate names another host.
+  std::wstring Elsewhere(const std::wstring& path) const;
+  /// The port of the proxy that wants user "agent" with password "pa5sword".
+  unsigned int ProxyPort() const { return proxy_port_; }
+  /// What the proxy has noted so far.
+  std::string ProxyLog() const;
+
+  std::string Pem(const std::string& name) const { return certificates_.Pem(name); }
+  std::wstring PemPath(const std::string& name) const;
+  /// Puts a file into the folder that nginx serves.
+  void Serve(const std::wstring& name, const std::string& bytes) { WriteFile(root_ / name, bytes); }
+
+ private:
+  void StartNginx();
+  void StartProxy();
+  /// Another process may take a free port before the program does: then the program ends and gets others.
+  std::unique_ptr<Program> Start(const std::vector<std::string>& command, const std::function<void()>& configure,
+                                 const std::function<bool()>& is_ready);
+
+  TempFolder folder_;
+  TempFolder root_;
+  CertificateMaker certificates_;
+  LoopbackServer echo_;
+  unsigned int http_port_ = 0;
+  unsigned int https_port_ = 0;
+  unsigned int elsewhere_port_ = 0;
+  unsigned int proxy_port_ = 0;
+  std::unique_ptr<Program> nginx_;
+  std::unique_ptr<Program> proxy_;
+};
+
+}  // namespace Zelto::Testing
