@@ -1,7 +1,7 @@
 #include "zelto/files/file_appender.h"
 
 #include "tests/files/log_support.h"
-#include "tests/files/small_stack.h"
+#include "tests/support/small_stack_thread.h"
 #include "zelto/platform/files.h"
 #include "zelto/text/exceptions/file_system_exception.h"
 #include "zelto/text/exceptions/win32_exception.h"
@@ -156,7 +156,7 @@ TEST(FileAppender, ShiftsALongChainOnASmallStack) {
   WriteFile(folder / L"a.log", std::string(2000, 'o'));
   FileAppender log(folder / L"a.log");
   log.SetMaxFileSize(1);
-  RunWithSmallStack([&log] { log.AppendLine(L"x"); });
+  RunOnSmallStack(128 * 1024, [&log] { log.AppendLine(L"x"); });
   EXPECT_EQ(ReadFile(folder / L"a.log"), "x\r\n");
   EXPECT_EQ(ReadFile(folder / L"a_1.log"), std::string(2000, 'o'));
   EXPECT_EQ(ReadFile(folder / (L"a_" + std::to_wstring(kCount + 1) + L".log")), std::to_string(kCount));

@@ -6,7 +6,6 @@
 
 #include <map>
 #include <sstream>
-#include <thread>
 
 namespace Zelto::Utilities {
 namespace {
@@ -53,23 +52,6 @@ TEST(LogProcesses, LinesOfTwoProcessesDoNotMix) {
   const std::map<int, int> lines = CollectLines(folder.Path());
   EXPECT_EQ(lines.size(), static_cast<std::size_t>(kLines));
   for (const auto& [number, count] : lines) {
-    EXPECT_EQ(count, 2) << number;
-  }
-}
-
-TEST(LogProcesses, LinesOfTwoAppendersOnTwoThreadsDoNotMix) {
-  constexpr int kLines = 300;
-  const TempFolder folder;
-  const auto append = [&folder](wchar_t filling) {
-    FileAppender log(folder / L"agent.log");
-    for (int i = 0; i < kLines; ++i) {
-      log.AppendLine(std::to_wstring(i) + L" " + std::wstring(kFilling, filling));
-    }
-  };
-  std::thread other(append, L'A');
-  append(L'B');
-  other.join();
-  for (const auto& [number, count] : CollectLines(folder.Path())) {
     EXPECT_EQ(count, 2) << number;
   }
 }

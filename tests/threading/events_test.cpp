@@ -6,24 +6,11 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <mutex>
 #include <thread>
 
 namespace Zelto::Utilities {
 namespace {
-
-TEST(Events, WaitsSeeWhatAnotherThreadSignals) {
-  const std::array events{EventAccessControl::CreateLocalEvent(), EventAccessControl::CreateLocalEvent()};
-  EXPECT_EQ(WaitForObjects::WaitForMultipleObjects(events, false, 0), Platform::kWaitTimeout);
-  std::thread signaller([&] { EventAccessControl::SetEvent(events[1]); });
-  EXPECT_EQ(WaitForObjects::WaitForMultipleObjects(events, false, Platform::kInfinite), 1U);
-  signaller.join();
-  EXPECT_EQ(WaitForObjects::WaitForMultipleObjects(events, true, 0), Platform::kWaitTimeout);
-  EXPECT_EQ(WaitForObjects::WaitForSingleObject(events[1], 0), 0U);
-  EventAccessControl::ResetEvent(events[1]);
-  EXPECT_EQ(WaitForObjects::WaitForSingleObject(events[1], 0), Platform::kWaitTimeout);
-}
 
 TEST(Events, AnEmptyHandleIsAnError) {
   EXPECT_EQ(WaitForObjects::WaitForSingleObject(SharedHandle(), 0), Platform::kWaitFailed);
