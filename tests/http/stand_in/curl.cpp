@@ -2,7 +2,10 @@
 // options are those of libcurl's own documentation.
 #include "tests/http/stand_in/stand_in.h"
 
+#include <algorithm>
 #include <cstdarg>
+#include <cstdio>
+#include <iterator>
 #include <map>
 #include <string>
 #include <utility>
@@ -12,7 +15,11 @@ using Zelto::Testing::Note;
 
 namespace {
 
-const Zelto::Testing::Presence presence("curl");
+// Without data of its own, which ThreadSanitizer would take for a race when the module is loaded again.
+const struct Presence {
+  Presence() { Note("load curl"); }
+  ~Presence() { Note("unload curl"); }
+} presence;
 
 constexpr int kHttpHeader = 10023;
 constexpr int kPostFields = 10015;
@@ -22,7 +29,7 @@ constexpr int kWriteFunction = 20011;
 constexpr int kContextData = 10109;
 constexpr int kContextFunction = 20108;
 
-const std::map<int, std::string> kNames = {
+constexpr std::pair<int, const char*> kNames[] = {
     {3, "PORT"},
     {13, "TIMEOUT"},
     {43, "NOPROGRESS"},
@@ -93,8 +100,9 @@ void curl_easy_cleanup(void* handle) {
 }
 
 int curl_easy_setopt(void* handle, int option, ...) {
-  const auto name = kNames.find(option);
-  std::string note = name == kNames.end() ? std::to_string(option) : name->second;
+  const auto name =
+      std::find_if(std::begin(kNames), std::end(kNames), [=](auto& each) { return each.first == option; });
+  std::string note = name == std::end(kNames) ? std::to_string(option) : name->second;
   va_list arguments;
   va_start(arguments, option);
   if (option < 10000) {
@@ -170,8 +178,9 @@ int curl_easy_getinfo(void*, int info, long* value) {
 }
 
 const char* curl_easy_strerror(int code) {
-  static thread_local std::string text;
-  return (text = "libcurl's text for " + std::to_string(code)).c_str();
+  static thread_local char text[40];
+  std::snprintf(text, sizeof(text), "libcurl's text for %d", code);
+  return text;
 }
 
 }  // extern "C"

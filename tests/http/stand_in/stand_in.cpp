@@ -38,12 +38,4 @@ void CloseNotes(bool closed) {
   notes_closed.store(closed);
 }
 
-Presence::Presence(const char* module) : name(module) {
-  Note(std::string("load ") + name);
-}
-
-Presence::~Presence() {
-  Note(std::string("unload ") + name);
-}
-
 }  // namespace Zelto::Testing

@@ -39,11 +39,4 @@ std::vector<std::string> TakeNotes();
 /// A closed list takes nothing and is no meeting point of threads.
 void CloseNotes(bool closed);
 
-/// Notes that a module is loaded and let go.
-struct Presence {
-  explicit Presence(const char* module);
-  ~Presence();
-  const char* name;
-};
-
 }  // namespace Zelto::Testing
