@@ -1,15 +1,14 @@
 // Lines appended to a log, beside a bare loop of open, write and close, and beside spdlog's rotating sink.
 //
-// FileAppender        Every line is in the system's hands when the call returns, whole or not at all, in a file that
-// other
-//                     processes may append to, read, rename and remove meanwhile. Nothing is open between lines.
-// open, write, close  The same three calls and nothing else: no conversion from UTF-16, no look at the size, no
-// rotation,
-//                     no refusal of links, pipes and devices, and a torn line when the disk is full.
-// spdlog, flushed     Every line is in the system's hands when the call returns. The file stays open: one call per
-// line.
-//                     It has one writer, since it knows the size and the position only from itself, and a torn line may
-//                     stay. When somebody moves or removes the file, later lines go where nobody looks.
+// FileAppender: Every line is in the system's hands when the call returns, whole or not at all, in a file that other
+// processes may append to, read, rename and remove meanwhile. Nothing is open between lines.
+//
+// open, write, close: The same three calls and nothing else: no conversion from UTF-16, no look at the size, no
+// rotation, no refusal of links, pipes and devices, and a torn line when the disk is full.
+//
+// spdlog, flushed: Every line is in the system's hands when the call returns. The file stays open: one call per line.
+// It has one writer, since it knows the size and the position only from itself, and a torn line may stay. When somebody
+// moves or removes the file, later lines go where nobody looks.
 #include "bench/files/system_calls.h"
 #include "bench/support/interleaved.h"
 #include "zelto/files/file_appender.h"
@@ -51,14 +50,14 @@ void AppendBare(const std::string& path, const std::string& bytes) {
 }
 
 template <typename Operation>
-void PrintSystemCalls(const char* what, const Operation& operation) {
+void PrintSystemCalls(const std::string& what, const char* who, const Operation& operation) {
   operation();  // makes the file
   const std::int64_t count = CountSystemCalls([&operation] {
     for (int i = 0; i < kCountedLines; ++i) {
       operation();
     }
   });
-  std::printf("%-34s %12.3f system calls per line\n", what, static_cast<double>(count) / kCountedLines);
+  PrintFigure(what, who, static_cast<double>(count) / kCountedLines, "system calls per line");
 }
 
 void Run(const std::string& folder, std::size_t units) {
@@ -75,21 +74,17 @@ void Run(const std::string& folder, std::size_t units) {
   const auto append_bare = [&] { AppendBare(folder + "/bare.log", bytes); };
   const auto append_spdlog = [&] { logger->info(narrow); };
 
-  const std::string size = ", " + std::to_string(units) + " units";
   constexpr double kBatchNs = 2.5e5;  // some fifty lines: short beside a turn of the scheduler
   constexpr std::size_t kPairs = 101;
-  const auto print = [&size](const char* what, const char* peer, const Comparison& comparison) {
-    Print((what + size).c_str(), peer, comparison);
-    std::printf("%34s %12.0f lines/s %38.0f lines/s\n", "", 1e9 / comparison.ours_ns.median,
-                1e9 / comparison.peer_ns.median);
-  };
-  print("no size limit", "open, write, close", Compare(append, append_bare, kPairs, kBatchNs));
-  print("1 MiB, 3 backups", "open, write, close", Compare(append_rotating, append_bare, kPairs, kBatchNs));
-  print("1 MiB, 3 backups", "spdlog, flushed", Compare(append_rotating, append_spdlog, kPairs, kBatchNs));
-  PrintSystemCalls(("no size limit" + size).c_str(), append);
-  PrintSystemCalls(("1 MiB, 3 backups" + size).c_str(), append_rotating);
-  PrintSystemCalls("open, write, close", append_bare);
-  PrintSystemCalls("spdlog, flushed", append_spdlog);
+  const std::string unlimited_line = "a line of " + std::to_string(units) + " units";
+  const std::string rotating_line = unlimited_line + ", 1 MiB and 3 backups";
+  Print(unlimited_line, "open, write, close", Compare(append, append_bare, kPairs, kBatchNs));
+  Print(rotating_line, "open, write, close", Compare(append_rotating, append_bare, kPairs, kBatchNs));
+  Print(rotating_line, "spdlog, flushed", Compare(append_rotating, append_spdlog, kPairs, kBatchNs));
+  PrintSystemCalls(unlimited_line, "Zelto", append);
+  PrintSystemCalls(unlimited_line, "open, write, close", append_bare);
+  PrintSystemCalls(rotating_line, "Zelto", append_rotating);
+  PrintSystemCalls(rotating_line, "spdlog, flushed", append_spdlog);
 }
 
 }  // namespace

@@ -33,12 +33,11 @@ void CompareAt(const std::string& server, std::size_t size, unsigned times) {
   const auto bare_again = MakeBareClient();
   const std::string what = std::to_string(times) + " GETs of " + std::to_string(size) + " bytes";
   const auto compare = [&](const std::string& name, Client& ours) {
-    Zelto::Bench::Print(name.c_str(), "bare libcurl",
-                        Zelto::Bench::Compare(batch(ours), batch(*bare), kPairs, kOneBatch));
+    Zelto::Bench::Print(name, "bare libcurl", Zelto::Bench::Compare(batch(ours), batch(*bare), kPairs, kOneBatch));
   };
   compare(what, *zelto);
-  compare("  into text", *text);
-  compare("  bare libcurl itself", *bare_again);
+  compare(what + ", into text", *text);
+  compare("bare libcurl itself, " + what, *bare_again);
 }
 
 }  // namespace

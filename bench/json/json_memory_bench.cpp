@@ -1,5 +1,6 @@
 // The memory of a document that has been read, beside Boost.JSON and nlohmann: what the heap really gave for it.
 #include "bench/json/documents.h"
+#include "bench/support/report.h"
 #include "zelto/json/json_reader.h"
 
 #include <boost/json.hpp>
@@ -7,9 +8,9 @@
 #include <nlohmann/json.hpp>
 
 #include <cstddef>
-#include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <string>
 
 namespace {
 
@@ -43,28 +44,22 @@ void operator delete(void* memory, std::size_t) noexcept {
 namespace Zelto::Bench {
 namespace {
 
-struct Usage {
-  double bytes;
-  std::size_t blocks;
-};
-
 template <typename Read>
-Usage UsageOf(const Read& read) {
+void PrintUsage(const Document& document, const char* who, const Read& read) {
   const std::size_t bytes = bytes_in_use;
   const std::size_t blocks = blocks_in_use;
-  const auto document = read();
-  return {static_cast<double>(bytes_in_use - bytes), blocks_in_use - blocks};
+  const auto value = read();
+  const std::size_t used_bytes = bytes_in_use - bytes;
+  const std::size_t used_blocks = blocks_in_use - blocks;
+  const std::string what = std::string(document.name) + ", " + std::to_string(document.utf8.size()) + " bytes";
+  PrintFigure("memory of " + what, who, static_cast<double>(used_bytes), "bytes");
+  PrintFigure("blocks of " + what, who, static_cast<double>(used_blocks), "blocks");
 }
 
 void Run(const Document& document) {
-  const Usage ours = UsageOf([&] { return Json::JsonReader::Decode(document.utf16, false); });
-  const Usage boost = UsageOf([&] { return boost::json::parse(document.utf8); });
-  const Usage nlohmann = UsageOf([&] { return nlohmann::json::parse(document.utf8); });
-  std::printf(
-      "%-10s %7zu bytes of text   ours %9.0f in %6zu blocks   of nlohmann's %9.0f in %6zu: %.2f   of Boost.JSON's "
-      "%9.0f in %6zu: %.2f\n",
-      document.name, document.utf8.size(), ours.bytes, ours.blocks, nlohmann.bytes, nlohmann.blocks,
-      ours.bytes / nlohmann.bytes, boost.bytes, boost.blocks, ours.bytes / boost.bytes);
+  PrintUsage(document, "Zelto", [&] { return Json::JsonReader::Decode(document.utf16, false); });
+  PrintUsage(document, "Boost.JSON", [&] { return boost::json::parse(document.utf8); });
+  PrintUsage(document, "nlohmann", [&] { return nlohmann::json::parse(document.utf8); });
 }
 
 }  // namespace

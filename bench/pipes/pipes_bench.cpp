@@ -30,13 +30,12 @@ void CompareAt(std::size_t size) {
   const auto run_socket = Batch(*socket);
   const auto run_socket_again = Batch(*socket_again);
   const auto run_zeromq = Batch(*zeromq);
-  const std::string what = std::to_string(kBatchRounds) + " round trips of " + std::to_string(size) + " bytes";
+  const std::string what = std::to_string(kBatchRounds) + " round trips, " + std::to_string(size) + " bytes";
   constexpr std::size_t kPairs = 101;
   constexpr double kOneBatch = 1;
-  Zelto::Bench::Print(what.c_str(), "bare socket", Zelto::Bench::Compare(run_pipe, run_socket, kPairs, kOneBatch));
-  Zelto::Bench::Print(what.c_str(), "ZeroMQ REQ/REP, ipc",
-                      Zelto::Bench::Compare(run_pipe, run_zeromq, kPairs, kOneBatch));
-  Zelto::Bench::Print("the bare socket itself", "bare socket",
+  Zelto::Bench::Print(what, "bare socket", Zelto::Bench::Compare(run_pipe, run_socket, kPairs, kOneBatch));
+  Zelto::Bench::Print(what, "ZeroMQ", Zelto::Bench::Compare(run_pipe, run_zeromq, kPairs, kOneBatch));
+  Zelto::Bench::Print("bare socket itself, " + what, "bare socket",
                       Zelto::Bench::Compare(run_socket_again, run_socket, kPairs, kOneBatch));
 }
 

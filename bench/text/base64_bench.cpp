@@ -44,10 +44,10 @@ void Run(std::size_t size) {
       std::exit(EXIT_FAILURE);
     }
     const std::string name = std::string(sample.kind) + ", " + std::to_string(sample.utf8.size()) + " bytes";
-    Print(("encode " + name).c_str(), "EVP_EncodeBlock",
-          Compare([&] { Keep(Base64::Encode(sample.utf16)); }, [&] { Keep(OpenSslEncode(sample.utf16)); }));
-    Print(("decode " + name).c_str(), "EVP_DecodeBlock",
-          Compare([&] { Keep(Base64::Decode(base64)); }, [&] { Keep(OpenSslDecode(base64)); }));
+    Print("encode " + name, "OpenSSL",
+          CompareComputing([&] { Keep(Base64::Encode(sample.utf16)); }, [&] { Keep(OpenSslEncode(sample.utf16)); }));
+    Print("decode " + name, "OpenSSL",
+          CompareComputing([&] { Keep(Base64::Decode(base64)); }, [&] { Keep(OpenSslDecode(base64)); }));
   }
 }
 

@@ -50,12 +50,12 @@ void Run(std::size_t size) {
     const auto decode = [&] { Keep(StringUtilities::Utf8ToUtf16(sample.utf8)); };
     const auto encode = [&] { Keep(StringUtilities::Utf16ToUtf8(sample.utf16)); };
     const std::string name = std::string(sample.kind) + ", " + std::to_string(sample.utf8.size()) + " bytes";
-    Print(("to UTF-16, " + name).c_str(), "u_strFromUTF8", Compare(decode, [&] { Keep(IcuDecode(sample.utf8)); }));
-    Print(("to UTF-16, " + name).c_str(), "std::wstring_convert",
-          Compare(decode, [&] { Keep(StandardDecode(sample.utf8)); }));
-    Print(("to UTF-8, " + name).c_str(), "u_strToUTF8", Compare(encode, [&] { Keep(IcuEncode(icu_units)); }));
-    Print(("to UTF-8, " + name).c_str(), "std::wstring_convert",
-          Compare(encode, [&] { Keep(StandardEncode(sample.utf16)); }));
+    Print("to UTF-16, " + name, "ICU", CompareComputing(decode, [&] { Keep(IcuDecode(sample.utf8)); }));
+    Print("to UTF-16, " + name, "std::wstring_convert",
+          CompareComputing(decode, [&] { Keep(StandardDecode(sample.utf8)); }));
+    Print("to UTF-8, " + name, "ICU", CompareComputing(encode, [&] { Keep(IcuEncode(icu_units)); }));
+    Print("to UTF-8, " + name, "std::wstring_convert",
+          CompareComputing(encode, [&] { Keep(StandardEncode(sample.utf16)); }));
   }
 }
 

@@ -71,15 +71,12 @@ void Run(unsigned int workers) {
   OurPool ours(workers);
   AsioPool asio(workers);
   const std::string suffix = ", " + std::to_string(workers) + " workers";
-  Print(("one task to its end" + suffix).c_str(), "asio::thread_pool",
+  Print("one task to its end" + suffix, "asio::thread_pool",
         Compare([&] { ours.Schedule([] {}).get(); }, [&] { asio.Schedule([] {}).get(); }, 101));
   for (const unsigned int producers : {1u, 4u}) {
-    const Comparison comparison =
-        Compare([&] { RunBurst(ours, producers); }, [&] { RunBurst(asio, producers); }, 201);
-    const std::string what = "burst, " + std::to_string(producers) + " producers" + suffix;
-    Print(what.c_str(), "asio::thread_pool", comparison);
-    std::printf("%-34s %12.0f tasks/s %25.0f tasks/s\n", "", kBurst * 1e9 / comparison.ours_ns.median,
-                kBurst * 1e9 / comparison.peer_ns.median);
+    const Comparison comparison = Compare([&] { RunBurst(ours, producers); }, [&] { RunBurst(asio, producers); }, 201);
+    const std::string what = std::to_string(kBurst) + " tasks, " + std::to_string(producers) + " producers" + suffix;
+    Print(what, "asio::thread_pool", comparison);
   }
 }
 

@@ -14,7 +14,7 @@
 #include <sstream>
 #include <string>
 
-using Zelto::Bench::Compare;
+using Zelto::Bench::CompareComputing;
 using Zelto::Bench::Keep;
 using Zelto::Bench::Print;
 using Zelto::Utilities::UtcTime;
@@ -93,21 +93,21 @@ int main() {
 
   const auto parse = [] { Keep(UtcTime(wide_texts.Next(), kForm, false)); };
   const auto print = [] { Keep(our_times.Next().ToString(kForm, false)); };
-  Print("parse ISO 8601", "date::parse", Compare(parse, [&] { Keep(ParseWithDate(narrow_texts.Next(), stream)); }));
-  Print("parse ISO 8601", "absl::ParseTime", Compare(parse, [] { Keep(ParseWithAbsl(narrow_texts.Next())); }));
-  Print("print ISO 8601", "date::format", Compare(print, [] { Keep(date::format(kDateFormat, date_times.Next())); }));
-  Print("print ISO 8601", "absl::FormatTime",
-        Compare(print, [] { Keep(absl::FormatTime(kAbslFormat, absl_times.Next(), absl::UTCTimeZone())); }));
+  Print("parse ISO 8601", "date", CompareComputing(parse, [&] { Keep(ParseWithDate(narrow_texts.Next(), stream)); }));
+  Print("parse ISO 8601", "Abseil", CompareComputing(parse, [] { Keep(ParseWithAbsl(narrow_texts.Next())); }));
+  Print("print ISO 8601", "date", CompareComputing(print, [] { Keep(date::format(kDateFormat, date_times.Next())); }));
+  Print("print ISO 8601", "Abseil",
+        CompareComputing(print, [] { Keep(absl::FormatTime(kAbslFormat, absl_times.Next(), absl::UTCTimeZone())); }));
 
   const auto parse_local = [] { Keep(UtcTime(wide_texts.Next(), kForm, true)); };
   const auto print_local = [] { Keep(our_times.Next().ToString(kForm, true)); };
   absl::TimeZone zone = absl::LocalTimeZone();
-  Print("parse ISO 8601, local", "absl::ParseTime", Compare(parse_local, [&] {
+  Print("parse ISO 8601, local", "Abseil", CompareComputing(parse_local, [&] {
           absl::Time time;
           absl::ParseTime(kAbslFormat, narrow_texts.Next(), zone, &time, nullptr);
           Keep(time);
         }));
-  Print("print ISO 8601, local", "absl::FormatTime",
-        Compare(print_local, [&] { Keep(absl::FormatTime(kAbslFormat, absl_times.Next(), zone)); }));
+  Print("print ISO 8601, local", "Abseil",
+        CompareComputing(print_local, [&] { Keep(absl::FormatTime(kAbslFormat, absl_times.Next(), zone)); }));
   return EXIT_SUCCESS;
 }
