@@ -14,7 +14,7 @@
 namespace Zelto::Utilities {
 namespace {
 
-using namespace LibraryApi;  // NOLINT(google-build-using-namespace): names of another interface
+using namespace LibraryApi;
 
 constexpr unsigned long long kLongestTimeout =
     std::numeric_limits<std::int32_t>::max() / 1000;  // libcurl's limit, in s

@@ -14,15 +14,9 @@
 namespace Zelto::Platform {
 namespace {
 
-// Room for the credentials and as many descriptors as a packet can carry: what has no room the system closes as it is.
-constexpr std::size_t kMostDescriptors = 253;
-constexpr std::size_t kControlSize = CMSG_SPACE(sizeof(ucred)) + CMSG_SPACE(kMostDescriptors * sizeof(int));
-
-// Closing the last descriptor of a socket may take as long as its former owner wishes, unless it is told not to.
-void EndLingering(int descriptor) noexcept {
-  const linger none{};
-  ::setsockopt(descriptor, SOL_SOCKET, SO_LINGER, &none, sizeof none);
-}
+// Room for the credentials and, by the rounding of its size, two descriptors: a second one shows a wrong packet, the
+// system drops any further one.
+constexpr std::size_t kControlSize = CMSG_SPACE(sizeof(ucred)) + CMSG_SPACE(2 * sizeof(int));
 
 struct Control {
   bool credentials = false;
@@ -44,7 +38,6 @@ Control ReadControl(msghdr& header) noexcept {
       for (std::size_t i = 0; i < count; ++i) {
         int descriptor = -1;
         std::memcpy(&descriptor, CMSG_DATA(record) + i * sizeof descriptor, sizeof descriptor);
-        EndLingering(descriptor);
         UniqueDescriptor owner(AvoidStandardStreams(descriptor));
         if (control.descriptors++ == 0) {
           control.first = std::move(owner);
@@ -53,6 +46,20 @@ Control ReadControl(msghdr& header) noexcept {
     }
   }
   return control;
+}
+
+// An empty packet with a descriptor.
+ssize_t SendDescriptor(int socket, int descriptor, int flags) noexcept {
+  alignas(cmsghdr) char space[CMSG_SPACE(sizeof descriptor)] = {};
+  msghdr header{};
+  header.msg_control = space;
+  header.msg_controllen = sizeof space;
+  cmsghdr* record = CMSG_FIRSTHDR(&header);
+  record->cmsg_level = SOL_SOCKET;
+  record->cmsg_type = SCM_RIGHTS;
+  record->cmsg_len = CMSG_LEN(sizeof descriptor);
+  std::memcpy(CMSG_DATA(record), &descriptor, sizeof descriptor);
+  return ::sendmsg(socket, &header, flags);
 }
 
 }  // namespace
@@ -129,32 +136,12 @@ ErrorCode ReceivePacket(int socket, std::span<iovec> buffers, bool wait, Packet&
   return kSuccess;
 }
 
-void DropPackets(int socket) noexcept {
-  ErrorCode code = kSuccess;
-  Packet packet;
-  while (!packet.end && (code == kSuccess || code == kInvalidData || code == kTooManyOpenFiles)) {
-    code = ReceivePacket(socket, {}, false, packet);
-  }
-}
-
 ErrorCode SendPacket(int socket, const void* data, std::size_t size, int memory) noexcept {
-  iovec part{const_cast<void*>(data), size};
-  alignas(cmsghdr) char space[CMSG_SPACE(sizeof(int))] = {};
-  msghdr header{};
-  header.msg_iov = &part;
-  header.msg_iovlen = 1;
-  if (memory >= 0) {
-    header.msg_control = space;
-    header.msg_controllen = sizeof space;
-    cmsghdr* record = CMSG_FIRSTHDR(&header);
-    record->cmsg_level = SOL_SOCKET;
-    record->cmsg_type = SCM_RIGHTS;
-    record->cmsg_len = CMSG_LEN(sizeof memory);
-    std::memcpy(CMSG_DATA(record), &memory, sizeof memory);
-  }
+  constexpr int kFlags = MSG_DONTWAIT | MSG_NOSIGNAL;
   ssize_t sent = -1;
   do {
-    sent = ::sendmsg(socket, &header, MSG_DONTWAIT | MSG_NOSIGNAL);
+    // The plain call is the cheaper one.
+    sent = memory < 0 ? ::send(socket, data, size, kFlags) : SendDescriptor(socket, memory, kFlags);
   } while (sent < 0 && errno == EINTR);
   if (sent >= 0) {
     return kSuccess;
