@@ -30,7 +30,7 @@ void Serve(Connection& connection) {
 
 }  // namespace
 
-std::string StartServerProcess() {
+unsigned int StartServerProcess() {
   int ports[2];
   if (::pipe(ports) != 0) {
     throw std::runtime_error("no pipe");
@@ -48,5 +48,5 @@ std::string StartServerProcess() {
   if (::read(ports[0], &port, sizeof port) != sizeof port) {
     throw std::runtime_error("the server does not start");
   }
-  return "http://127.0.0.1:" + std::to_string(port);
+  return port;
 }
