@@ -7,6 +7,7 @@
 #include "zelto/text/string_utilities.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <stdexcept>
 
@@ -21,27 +22,37 @@ constexpr auto kNone = std::string_view::npos;
   throw Win32Exception(std::string("Invalid URL: ").append(reason), Platform::kInvalidUrl);
 }
 
-bool IsAlphanumeric(char byte) noexcept {
-  const char lower = Ascii::ToLower(byte);
-  return (lower >= 'a' && lower <= 'z') || (byte >= '0' && byte <= '9');
+// What a byte may stand in without an escape.
+constexpr unsigned kAnywhere = 1;
+constexpr unsigned kUserInfo = 2;
+constexpr unsigned kPath = 4;
+
+constexpr std::array<std::uint8_t, 256> MakePlaces() {
+  std::array<std::uint8_t, 256> places{};
+  const auto add = [&](std::string_view bytes, unsigned place) {
+    for (const char byte : bytes) {
+      auto& target = places[static_cast<unsigned char>(byte)];
+      target = static_cast<std::uint8_t>(target | place);
+    }
+  };
+  add("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._~", kAnywhere | kUserInfo | kPath);
+  add("!$&'()*+,;=:", kUserInfo | kPath);
+  add("@/?", kPath);
+  return places;
+}
+
+constexpr auto kPlaces = MakePlaces();
+
+bool MayStandIn(unsigned place, char byte) noexcept {
+  return (kPlaces[static_cast<unsigned char>(byte)] & place) != 0;
 }
 
 bool IsUnreserved(char byte) noexcept {
-  return IsAlphanumeric(byte) || std::string_view("-._~").find(byte) != kNone;
+  return MayStandIn(kAnywhere, byte);
 }
 
 bool IsControl(char byte) noexcept {
   return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
-}
-
-// May stand in user and password without an escape.
-bool IsUserInfo(char byte) noexcept {
-  return IsUnreserved(byte) || std::string_view("!$&'()*+,;=:").find(byte) != kNone;
-}
-
-// May stand in path and query without an escape.
-bool IsPath(char byte) noexcept {
-  return IsUserInfo(byte) || byte == '@' || byte == '/' || byte == '?';
 }
 
 bool IsEscape(std::string_view text) noexcept {
@@ -56,11 +67,11 @@ void AppendEscape(std::string& target, char byte) {
 }
 
 // Escapes the bytes that may not stand there, but not what is escaped already.
-std::string Escape(std::string_view text, bool (*may_stand)(char)) {
-  std::string result;
-  result.reserve(text.size());
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (may_stand(text[i]) || IsEscape(text.substr(i))) {
+std::string Escape(std::string_view text, unsigned place) {
+  const auto is_plain = [place](char byte) { return MayStandIn(place, byte); };
+  std::string result(text.begin(), std::find_if_not(text.begin(), text.end(), is_plain));
+  for (std::size_t i = result.size(); i < text.size(); ++i) {
+    if (MayStandIn(place, text[i]) || IsEscape(text.substr(i))) {
       result += text[i];
     } else {
       AppendEscape(result, text[i]);
@@ -102,8 +113,8 @@ std::string ReadIpv6(std::string_view text) {
 }
 
 std::string ReadName(std::string_view text) {
-  std::string host;
-  for (std::size_t i = 0; i < text.size(); ++i) {
+  std::string host(text.begin(), std::find_if_not(text.begin(), text.end(), IsUnreserved));
+  for (std::size_t i = host.size(); i < text.size(); ++i) {
     const bool is_ascii = static_cast<unsigned char>(text[i]) < 0x80;
     if (IsUnreserved(text[i])) {
       host += text[i];
@@ -151,15 +162,19 @@ std::string ToUtf8(std::wstring_view url) {
 }  // namespace
 
 std::string Address::ToText() const {
-  std::string text = scheme + "://";
+  std::string text;
+  text.reserve(scheme.size() + user_info.size() + host.size() + path.size() + 10);
+  text.append(scheme).append("://");
   if (!user_info.empty()) {
     text.append(user_info).append("@");
   }
   text += host;
   if (port != (scheme == "https" ? kHttpsPort : kHttpPort)) {
-    text.append(":").append(std::to_string(port));
+    text += ':';
+    text += std::to_string(port);
   }
-  return text + path;
+  text += path;
+  return text;
 }
 
 Address SplitAddress(std::wstring_view url) {
@@ -184,7 +199,7 @@ Address SplitAddress(std::string_view url) {
 
   std::string_view rest = url.substr(scheme_end + 3);
   rest = rest.substr(0, rest.find('#'));
-  const std::size_t authority_end = rest.find_first_of("/?");
+  const std::size_t authority_end = std::min(rest.find('/'), rest.find('?'));
   const std::string_view authority = rest.substr(0, authority_end);
   const std::size_t at = authority.find('@');
   if (at != kNone && authority.find('@', at + 1) != kNone) {
@@ -194,12 +209,12 @@ Address SplitAddress(std::string_view url) {
     Refuse("a backslash stands in front of the path");
   }
   if (at != kNone) {
-    address.user_info = Escape(authority.substr(0, at), IsUserInfo);
+    address.user_info = Escape(authority.substr(0, at), kUserInfo);
   }
   ReadPlace(authority.substr(at == kNone ? 0 : at + 1), address);
 
   const std::string_view path = authority_end == kNone ? std::string_view() : rest.substr(authority_end);
-  address.path = Escape(path, IsPath);
+  address.path = Escape(path, kPath);
   if (address.path.empty() || address.path[0] != '/') {
     address.path.insert(0, 1, '/');
   }

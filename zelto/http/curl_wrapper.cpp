@@ -70,11 +70,12 @@ void CurlWrapper::CloseSession() noexcept {
 }
 
 void CurlWrapper::AddHeader(const std::wstring& name, std::int32_t value) {
-  AddHeader(name, std::to_wstring(value));
+  const std::string digits = std::to_string(value);
+  AddHeader(name, std::wstring(digits.begin(), digits.end()));
 }
 
 void CurlWrapper::AddHeader(const std::wstring& name, const std::wstring& value) {
-  const std::string line = StringUtilities::Utf16ToUtf8(name + L":" + value);
+  const std::string line = StringUtilities::Utf16ToUtf8(name).append(":").append(StringUtilities::Utf16ToUtf8(value));
   RefuseLineBreaks("A header", line);
   auto* const list = static_cast<LibraryApi::curl_slist*>(headers_);
   LibraryApi::curl_slist* const extended = libraries_->Curl().curl_slist_append(list, line.c_str());

@@ -182,6 +182,7 @@ class ZELTO_API CurlWrapper : public ICurlWrapper {
 
  private:
   class Transfer;
+  struct LastAddress;
 
   void OpenSession();
   void CloseSession() noexcept;
@@ -207,6 +208,7 @@ class ZELTO_API CurlWrapper : public ICurlWrapper {
   ReceiveDataCallback receive_callback_;
   void* receive_user_ = nullptr;
   std::unique_ptr<SystemProxyRules> system_proxy_;
+  std::unique_ptr<LastAddress> last_address_;      // null when it held user and password
   std::vector<std::string> session_certificates_;  // those that the session's open connections were verified with
   bool session_used_ = false;
 };

@@ -19,4 +19,12 @@ void Wipe(std::basic_string<Unit>& text) noexcept {
   text.clear();
 }
 
+/// The same for a text that held nothing before what it holds now.
+template <class Unit>
+void WipeIfUsed(std::basic_string<Unit>& text) noexcept {
+  if (!text.empty()) {
+    Wipe(text);
+  }
+}
+
 }  // namespace Zelto::Utilities

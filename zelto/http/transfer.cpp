@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <memory>
+#include <utility>
 
 namespace Zelto::Utilities {
 namespace {
@@ -40,19 +42,23 @@ CurlWrapper::Transfer::~Transfer() {
                                   CURLOPT_SSL_CTX_FUNCTION, CURLOPT_PROXYUSERPWD}) {
     Clear(option);
   }
-  Wipe(address_.user_info);
-  Wipe(body_);
+  if (session_.last_address_ && !session_.last_address_->address.user_info.empty()) {
+    Wipe(session_.last_address_->url);
+    Wipe(session_.last_address_->address.user_info);
+    Wipe(session_.last_address_->text);
+    session_.last_address_.reset();
+  }
+  WipeIfUsed(body_);
 }
 
 void CurlWrapper::Transfer::SetAddress(const std::wstring& url) {
-  address_ = SplitAddress(url);
-  std::string text = address_.ToText();
-  const CURLcode result = TrySet(CURLOPT_URL, text.c_str());
-  Wipe(text);
-  if (result != CURLE_OK) {
-    Fail(result);
+  if (!session_.last_address_ || session_.last_address_->url != url) {
+    auto fresh = std::make_unique<LastAddress>(LastAddress{url, SplitAddress(url), {}});
+    fresh->text = fresh->address.ToText();
+    session_.last_address_ = std::move(fresh);
   }
-  Set(CURLOPT_PORT, long{address_.port});
+  Set(CURLOPT_URL, session_.last_address_->text.c_str());
+  Set(CURLOPT_PORT, long{session_.last_address_->address.port});
 }
 
 void CurlWrapper::Transfer::SetBehaviour() {
@@ -117,11 +123,11 @@ void CurlWrapper::Transfer::SetProxy() {
     credentials += ':';
     AppendEscaped(credentials, proxy.password, "%");
   }
-  Wipe(proxy.password);
+  WipeIfUsed(proxy.password);
   const bool has_line_break = credentials.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos;
   const CURLcode result =
       has_line_break ? CURLE_OK : TrySet(CURLOPT_PROXYUSERPWD, credentials.empty() ? nullptr : credentials.c_str());
-  Wipe(credentials);
+  WipeIfUsed(credentials);
   if (has_line_break) {
     RefuseLineBreaks("A proxy's user or password", "\n");
   }
@@ -132,7 +138,7 @@ void CurlWrapper::Transfer::SetProxy() {
 
 Proxy CurlWrapper::Transfer::ChooseProxy() const {
   if (session_.system_proxy_) {
-    const Proxy* const proxy = session_.system_proxy_->For(address_);
+    const Proxy* const proxy = session_.system_proxy_->For(session_.last_address_->address);
     return proxy != nullptr ? *proxy : Proxy();
   }
   Proxy proxy;
@@ -157,7 +163,8 @@ void CurlWrapper::Transfer::SetHeaders(const std::wstring& verb) {
   if (body_.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
     throw Win32Exception("The request body is too long", Platform::kInvalidParameter);
   }
-  session_.AddHeader(L"Content-Length", static_cast<std::int32_t>(body_.size()));
+  static const std::wstring kContentLength = L"Content-Length";
+  session_.AddHeader(kContentLength, static_cast<std::int32_t>(body_.size()));
   if (!session_.content_type_.empty()) {
     session_.AddHeader(L"Content-Type", session_.content_type_);
   }
@@ -182,7 +189,7 @@ void CurlWrapper::Transfer::SetReceiver() {
     receiver_.callback = &session_.receive_callback_;
     receiver_.user = session_.receive_user_;
   }
-  Set(CURLOPT_WRITEFUNCTION, &Receive);
+  Set(CURLOPT_WRITEFUNCTION, receiver_.callback != nullptr ? &HandOver : &Collect);
   Set(CURLOPT_WRITEDATA, static_cast<void*>(&receiver_));
 }
 
@@ -207,19 +214,23 @@ void CurlWrapper::Transfer::Perform() {
   }
 }
 
-std::size_t CurlWrapper::Transfer::Receive(char* data, std::size_t size, std::size_t count, void* receiver) noexcept {
+std::size_t CurlWrapper::Transfer::Collect(char* data, std::size_t size, std::size_t count, void* receiver) noexcept {
   auto& self = *static_cast<Receiver*>(receiver);
-  const std::size_t bytes = size * count;
-  if (bytes == 0) {
+  try {
+    self.body.append(data, size * count);
+    return size * count;
+  } catch (...) {
+    self.failure = std::current_exception();
     return 0;
   }
+}
+
+std::size_t CurlWrapper::Transfer::HandOver(char* data, std::size_t size, std::size_t count, void* receiver) noexcept {
+  auto& self = *static_cast<Receiver*>(receiver);
+  const std::size_t bytes = size * count;
   try {
-    if (self.callback == nullptr) {
-      self.body.append(data, bytes);
-      return bytes;
-    }
     // Only all or nothing: some other numbers would make libcurl wait for ever.
-    return (*self.callback)(data, size, count, self.user) == bytes ? bytes : 0;
+    return bytes != 0 && (*self.callback)(data, size, count, self.user) == bytes ? bytes : 0;
   } catch (...) {
     self.failure = std::current_exception();
     return 0;

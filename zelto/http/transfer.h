@@ -14,6 +14,13 @@
 
 namespace Zelto::Utilities {
 
+/// What a request's address came to, kept since the next request often has the same.
+struct CurlWrapper::LastAddress {
+  std::wstring url;
+  Address address;
+  std::string text;  // for libcurl
+};
+
 /// Sets the session's options for one request, makes it, and takes everything back at the end that belongs to the
 /// request alone, however it ends. Lives on one thread's stack.
 ///
@@ -46,7 +53,8 @@ class CurlWrapper::Transfer {
     std::exception_ptr failure;
   };
 
-  static std::size_t Receive(char* data, std::size_t size, std::size_t count, void* receiver) noexcept;
+  static std::size_t Collect(char* data, std::size_t size, std::size_t count, void* receiver) noexcept;
+  static std::size_t HandOver(char* data, std::size_t size, std::size_t count, void* receiver) noexcept;
   static LibraryApi::CURLcode AddPinnedCertificates(void* curl, void* ssl_context, void* session) noexcept;
 
   template <class Value>
@@ -63,7 +71,6 @@ class CurlWrapper::Transfer {
 
   CurlWrapper& session_;
   const CurlFunctions& curl_;
-  Address address_;
   std::string body_;
   Receiver receiver_;
 };
