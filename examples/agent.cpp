@@ -145,9 +145,8 @@ int main(int argc, char** argv) {
     }
     if (option == "--pipe" && has_value) {
       options.pipe = argv[++i];
-    } else if (option == "--timeout" && has_value && ReadNumber(argv[i + 1], options.timeout_ms)) {
-      ++i;
-    } else if (option == "--server-process" && has_value && ReadNumber(argv[i + 1], options.server_process)) {
+    } else if (has_value && ((option == "--timeout" && ReadNumber(argv[i + 1], options.timeout_ms)) ||
+                             (option == "--server-process" && ReadNumber(argv[i + 1], options.server_process)))) {
       ++i;
     } else if (option == "--stop") {
       options.stop = true;

@@ -7,13 +7,16 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # cached BUILD VARIABLE: as the build was configured.
 cached() { sed -n "s/^$2:[^=]*=//p" "$1/CMakeCache.txt"; }
 
+# A toolchain file's compiler is not in the cache.
+compiler() { sed -n 's/^set(CMAKE_CXX_COMPILER "\(.*\)")$/\1/p' "$1"/CMakeFiles/*/CMakeCXXCompiler.cmake; }
+
 # try_package BUILD PREFIX: what was unpacked or installed there serves a program.
 try_package() {
   local suffix=""
   [ -z "$(cached "$1" CMAKE_TOOLCHAIN_FILE)" ] || suffix=.exe
   cmake -D WAY=unpacked -D "PREFIX=$2" -D "VERSION=$(cached "$1" CMAKE_PROJECT_VERSION)" \
     -D "CONSUMER=$PWD/tests/install/consumer" -D "WORK=$PWD/$1/packages/try" -D "SUFFIX=$suffix" \
-    -D "TOOLCHAIN=$(cached "$1" CMAKE_TOOLCHAIN_FILE)" -D "COMPILER=$(cached "$1" CMAKE_CXX_COMPILER)" \
+    -D "TOOLCHAIN=$(cached "$1" CMAKE_TOOLCHAIN_FILE)" -D "COMPILER=$(compiler "$1")" \
     -D "EMULATOR=$(cached "$1" ZELTO_WINE)" -D "PKG_CONFIG=$(command -v pkg-config)" -P tests/install/install_test.cmake
 }
 

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cwchar>
 #include <optional>
@@ -80,7 +81,11 @@ void Run(Bytes bytes) {
   if (units.size() > kLongestText || text.find_first_of(L"\u2028\u2029") != std::wstring::npos) {
     return;  // the standard library knows no line ends above U+007F
   }
-  Require(matches == Describes(text), "the text is of the described form");
+  std::wstring pairs;  // a character above U+FFFF stands for two units
+  for (const wchar_t unit : text) {
+    pairs.append(static_cast<std::uint32_t>(unit) > 0xFFFF ? 2 : 1, unit);
+  }
+  Require(matches == Describes(pairs), "the text is of the described form");
   if (matches) {
     CheckReading(text);
     return;

@@ -25,7 +25,7 @@ using Utilities::MultiClientNamedPipeServer;
 using Utilities::NamedPipeMessageEncoding;
 using Utilities::SharedHandle;
 
-constexpr std::size_t kChunkUnits = 16;
+constexpr std::size_t kChunkUnits = 64;
 constexpr std::uint32_t kLimitMs = 20000;
 constexpr int kMostSteps = 12;
 constexpr std::size_t kLargeMessage = 70000;  // above what one packet holds
@@ -181,7 +181,7 @@ std::string TakeMessage(Input& input, bool large) {
 }
 
 // One connection. Ends early when the server, rightly, ended it.
-void Converse(Server& server, Input& input) {
+void Converse(Server& server, Input& input, bool& may_be_large) {
   Client client(server.Name());
   for (int step = 0; step < kMostSteps && !input.IsEmpty(); ++step) {
     const std::uint8_t action = input.Byte();
@@ -199,7 +199,8 @@ void Converse(Server& server, Input& input) {
         return;
       }
       default: {
-        const std::string message = TakeMessage(input, action == 2);
+        const std::string message = TakeMessage(input, action == 2 && may_be_large);
+        may_be_large = may_be_large && action != 2;
         const std::optional<std::string> expected = AnswerTo(message, server.Encoding());
         Require(client.Write(message), "a message is taken");
         if (!expected || !expected->empty()) {
@@ -217,8 +218,9 @@ void Converse(Server& server, Input& input) {
 void Run(Bytes bytes) {
   Input input(bytes);
   Server& server = Server::Of((input.Byte() & 1U) != 0);
+  bool may_be_large = true;  // once: it takes long
   for (int connection = 0; connection < 4 && (connection == 0 || !input.IsEmpty()); ++connection) {
-    Converse(server, input);
+    Converse(server, input, may_be_large);
   }
   server.CheckGoodClient();
 }

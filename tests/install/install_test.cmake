@@ -72,6 +72,7 @@ if(NOT output STREQUAL "${VERSION}\n")
 endif()
 step("${PKG_CONFIG}" ${pkg_config_options} --cflags --libs zelto)
 separate_arguments(package UNIX_COMMAND "${output}")
-step("${COMPILER}" -std=c++20 ${FLAGS} "${CONSUMER}/consumer.cpp" -o "${programs}/consumer${SUFFIX}" ${package}
+separate_arguments(flags UNIX_COMMAND "${FLAGS}")
+step("${COMPILER}" -std=c++20 ${flags} "${CONSUMER}/consumer.cpp" -o "${programs}/consumer${SUFFIX}" ${package}
      ${link_flags} -Wl,-rpath,${prefix}/lib)
 run_consumer("${programs}")

@@ -1,3 +1,4 @@
+#include "tests/support/process_resources.h"
 #include "zelto/platform/errors.h"
 #include "zelto/text/exceptions/win32_exception.h"
 #include "zelto/threading/critical_section.h"
@@ -41,6 +42,17 @@ TEST(CriticalSection, ItsOwnerMayTakeItAgainAndOthersMayNot) {
   EXPECT_FALSE(free_for_others());
   outer.unlock();
   EXPECT_TRUE(free_for_others());
+}
+
+TEST(CriticalSection, LeavesNothingBehind) {
+  constexpr std::size_t kCount = 20000;
+  const auto memory = [] { return Testing::CountProcessResources().memory_bytes; };
+  const std::size_t before = memory();
+  for (std::size_t i = 0; i < kCount; ++i) {
+    CriticalSection section;
+    const std::lock_guard lock(section);
+  }
+  EXPECT_LT(memory(), before + kCount * 16);
 }
 
 }  // namespace

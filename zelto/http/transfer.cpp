@@ -16,7 +16,7 @@
 namespace Zelto::Utilities {
 namespace {
 
-using namespace LibraryApi;
+using namespace LibraryApi;  // NOLINT(google-build-using-namespace): names of another interface
 
 constexpr unsigned long long kLongestTimeout =
     std::numeric_limits<std::int32_t>::max() / 1000;  // libcurl's limit, in s

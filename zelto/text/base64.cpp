@@ -21,6 +21,9 @@ constexpr std::size_t kBytesPerQuantum = 3;
 constexpr std::size_t kCharactersPerQuantum = 4;
 constexpr wchar_t kPadding = L'=';
 
+// Characters of a text that is decoded on the stack.
+constexpr std::size_t kShortText = 128;
+
 // Quanta that are converted in one step. Every step is a loop of fixed length over lanes of one size, which compiles to
 // vector instructions.
 constexpr std::size_t kBlockQuanta = 16;
@@ -192,10 +195,16 @@ std::size_t ReadSpacedQuantum(const wchar_t*& in, const wchar_t* end, std::uint3
   return characters - 1;
 }
 
-std::string DecodeBytes(const wchar_t* in, const wchar_t* end) {
-  const auto size = static_cast<std::size_t>(end - in);
-  std::string bytes((size / kCharactersPerQuantum + 1) * kBytesPerQuantum, '\0');
-  char* write = bytes.data();
+// Room for the bytes of a text; the last quantum is written whole.
+constexpr std::size_t RoomForBytes(std::size_t characters) {
+  return (characters / kCharactersPerQuantum + 1) * kBytesPerQuantum;
+}
+
+// Returns the number of bytes.
+std::size_t DecodeBytes(std::wstring_view base64, char* const out) {
+  const wchar_t* in = base64.data();
+  const wchar_t* const end = in + base64.size();
+  char* write = out;
   while (in != end) {
     std::uint32_t bits = kNotInAlphabet;
     if (static_cast<std::size_t>(end - in) >= kCharactersPerQuantum) {
@@ -217,8 +226,7 @@ std::string DecodeBytes(const wchar_t* in, const wchar_t* end) {
       break;
     }
   }
-  bytes.resize(static_cast<std::size_t>(write - bytes.data()));
-  return bytes;
+  return static_cast<std::size_t>(write - out);
 }
 
 }  // namespace
@@ -228,10 +236,17 @@ std::wstring Base64::Encode(std::wstring_view text) {
 }
 
 std::wstring Base64::Decode(std::wstring_view base64) {
+  if (base64.size() <= kShortText) {
+    std::array<char, RoomForBytes(kShortText)> bytes;
+    const std::size_t size = DecodeBytes(base64, bytes.data());
+    return StringToWString({bytes.data(), size});
+  }
   std::wstring result;
-  const std::size_t done = DecodeAsciiQuanta(base64, result);
-  if (done != base64.size()) {
-    result += StringToWString(DecodeBytes(base64.data() + done, base64.data() + base64.size()));
+  base64.remove_prefix(DecodeAsciiQuanta(base64, result));
+  if (!base64.empty()) {
+    std::string bytes(RoomForBytes(base64.size()), '\0');
+    bytes.resize(DecodeBytes(base64, bytes.data()));
+    result += StringToWString(bytes);
   }
   return result;
 }

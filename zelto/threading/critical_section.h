@@ -2,7 +2,10 @@
 /// The lock of the classes in this library.
 #pragma once
 
+#include <atomic>
+#include <cstddef>
 #include <mutex>
+#include <thread>
 
 namespace Zelto::Utilities {
 
@@ -17,16 +20,43 @@ class CriticalSection {
   CriticalSection& operator=(const CriticalSection&) = delete;
 
   /// Waits until the calling thread has the lock.
-  void Lock() { mutex_.lock(); }
-  /// Releases what the same thread locked.
-  void Unlock() { mutex_.unlock(); }
+  void Lock() {
+    const std::thread::id self = std::this_thread::get_id();
+    if (owner_.load(std::memory_order_relaxed) != self) {
+      mutex_.lock();
+      owner_.store(self, std::memory_order_relaxed);
+    }
+    ++depth_;
+  }
 
-  void lock() { mutex_.lock(); }                 ///< as `Lock`
-  void unlock() { mutex_.unlock(); }             ///< as `Unlock`
-  bool try_lock() { return mutex_.try_lock(); }  ///< takes the lock if that needs no waiting
+  /// Releases what the same thread locked.
+  void Unlock() {
+    if (--depth_ == 0) {
+      owner_.store(std::thread::id(), std::memory_order_relaxed);
+      mutex_.unlock();
+    }
+  }
+
+  void lock() { Lock(); }      ///< as `Lock`
+  void unlock() { Unlock(); }  ///< as `Unlock`
+  /// Takes the lock if that needs no waiting.
+  bool try_lock() {
+    const std::thread::id self = std::this_thread::get_id();
+    if (owner_.load(std::memory_order_relaxed) != self) {
+      if (!mutex_.try_lock()) {
+        return false;
+      }
+      owner_.store(self, std::memory_order_relaxed);
+    }
+    ++depth_;
+    return true;
+  }
 
  private:
-  std::recursive_mutex mutex_;
+  // Not std::recursive_mutex, whose memory GCC's runtime for Windows never gives back.
+  std::mutex mutex_;
+  std::atomic<std::thread::id> owner_{};  // none while nobody holds the lock; only a thread itself writes its own id
+  std::size_t depth_ = 0;                 // for the owner alone
 };
 
 }  // namespace Zelto::Utilities

@@ -1,29 +1,11 @@
-#include "tests/pipes/pipe_fixture.h"
+#include "tests/support/posix/descriptor_limit.h"
 
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <unistd.h>
+#include "tests/pipes/pipe_fixture.h"
 
 namespace Zelto::Utilities {
 namespace {
 
-/// While it lives, the process can open this many descriptors more.
-class DescriptorLimit {
- public:
-  explicit DescriptorLimit(rlim_t more) {
-    const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    ::close(next);
-    EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &before_), 0);
-    const rlimit limit{static_cast<rlim_t>(next) + more, before_.rlim_max};
-    EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
-  }
-  ~DescriptorLimit() { ::setrlimit(RLIMIT_NOFILE, &before_); }
-  DescriptorLimit(const DescriptorLimit&) = delete;
-  DescriptorLimit& operator=(const DescriptorLimit&) = delete;
-
- private:
-  rlimit before_{};
-};
+using Testing::DescriptorLimit;
 
 TEST(PipeServer, KeepsTheClientsThatWaitWhileDescriptorsAreShort) {
   const DiagnosticsRecorder diagnostics;

@@ -3,7 +3,10 @@
 #include "zelto/platform/posix/descriptor.h"
 #include "zelto/platform/posix/errno_codes.h"
 
+#include <arpa/inet.h>
 #include <fcntl.h>
+#include <netinet/in.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
@@ -337,6 +340,50 @@ TEST(PipeHostility, WrongPacketsCostTheConnectionAndNothingElse) {
   for (const int file : {good, empty, growing, writable, unsealed, huge, device, plain, directory}) {
     ::close(file);
   }
+}
+
+/// A socket whose last close takes a minute: its peer does not read, and it lingers.
+int LingeringSocket(const sockaddr_in& address) {
+  const int size = 4096;
+  const linger minute{1, 60};
+  const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  ::setsockopt(socket, SOL_SOCKET, SO_SNDBUF, &size, sizeof size);
+  ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &minute, sizeof minute);
+  EXPECT_EQ(::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  const std::string bytes(65536, 'x');
+  pollfd poll{socket, POLLOUT, 0};
+  do {
+    while (::send(socket, bytes.data(), bytes.size(), MSG_DONTWAIT) > 0) {
+    }
+  } while (::poll(&poll, 1, 100) > 0);
+  return socket;
+}
+
+TEST(PipeHostility, SocketsThatLingerHoldNobodyUp) {
+  const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  ASSERT_EQ(::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(::listen(listener, 8), 0);
+  ASSERT_EQ(::getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length), 0);
+  const int first = LingeringSocket(address);
+  const int last = LingeringSocket(address);
+  const int behind = LingeringSocket(address);
+  Pair pair("linger");
+  const int socket = Native(pair.client);
+  EXPECT_EQ(SendRaw(socket, "", {first, listener, listener, last}), 0);
+  EXPECT_EQ(SendRaw(socket, "", {behind}), 0);
+  for (const int sent : {first, last, behind}) {
+    ::close(sent);  // takes no time: on its way each has another owner
+  }
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(Read(pair.server).code, kInvalidData);
+  EXPECT_EQ(DisconnectPipe(pair.server), kSuccess);
+  pair.server.Reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+  ::close(listener);
 }
 
 TEST(PipeHostility, BareSocketSpeaksTheSameLanguage) {

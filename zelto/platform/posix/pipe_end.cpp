@@ -72,6 +72,9 @@ PipeEnd::PipeEnd(int borrowed) noexcept : socket_(borrowed), owned_(false) {}
 
 PipeEnd::~PipeEnd() {
   if (owned_ && socket_ >= 0) {
+    if (disconnected_) {
+      DropPackets(socket_);
+    }
     ::close(socket_);
   }
 }
@@ -104,6 +107,9 @@ ErrorCode PipeEnd::Accept() noexcept {
   }
   const std::scoped_lock guard(read_lock_, write_lock_);
   Forget();
+  if (socket_ >= 0) {
+    DropPackets(socket_);
+  }
   if (socket_ < 0) {
     socket_ = client.Release();
   } else if (::dup3(client.Get(), socket_, O_CLOEXEC) < 0) {

@@ -14,9 +14,15 @@
 namespace Zelto::Platform {
 namespace {
 
-// Room for the credentials and, by the rounding of its size, two descriptors: a second one shows a wrong packet, the
-// system drops any further one.
-constexpr std::size_t kControlSize = CMSG_SPACE(sizeof(ucred)) + CMSG_SPACE(2 * sizeof(int));
+// Room for the credentials and as many descriptors as a packet can carry: what has no room the system closes as it is.
+constexpr std::size_t kMostDescriptors = 253;
+constexpr std::size_t kControlSize = CMSG_SPACE(sizeof(ucred)) + CMSG_SPACE(kMostDescriptors * sizeof(int));
+
+// Closing the last descriptor of a socket may take as long as its former owner wishes, unless it is told not to.
+void EndLingering(int descriptor) noexcept {
+  const linger none{};
+  ::setsockopt(descriptor, SOL_SOCKET, SO_LINGER, &none, sizeof none);
+}
 
 struct Control {
   bool credentials = false;
@@ -38,6 +44,7 @@ Control ReadControl(msghdr& header) noexcept {
       for (std::size_t i = 0; i < count; ++i) {
         int descriptor = -1;
         std::memcpy(&descriptor, CMSG_DATA(record) + i * sizeof descriptor, sizeof descriptor);
+        EndLingering(descriptor);
         UniqueDescriptor owner(AvoidStandardStreams(descriptor));
         if (control.descriptors++ == 0) {
           control.first = std::move(owner);
@@ -134,6 +141,14 @@ ErrorCode ReceivePacket(int socket, std::span<iovec> buffers, bool wait, Packet&
   packet.end = received == 0 && !control.credentials && control.descriptors == 0;
   packet.memory = std::move(control.first);
   return kSuccess;
+}
+
+void DropPackets(int socket) noexcept {
+  ErrorCode code = kSuccess;
+  Packet packet;
+  while (!packet.end && (code == kSuccess || code == kInvalidData || code == kTooManyOpenFiles)) {
+    code = ReceivePacket(socket, {}, false, packet);
+  }
 }
 
 ErrorCode SendPacket(int socket, const void* data, std::size_t size, int memory) noexcept {

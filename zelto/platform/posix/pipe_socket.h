@@ -56,6 +56,10 @@ struct Packet {
 ///         packet larger than the buffers, with a payload and descriptors, or with several; otherwise the error
 ErrorCode ReceivePacket(int socket, std::span<iovec> buffers, bool wait, Packet& packet) noexcept;
 
+/// Receives what is left of a connection that is shut down, and drops it. Before a socket is closed, since the system
+/// would close descriptors among it with all the time that their former owner gave them.
+void DropPackets(int socket) noexcept;
+
 /// Sends one packet without waiting, with one descriptor when `memory` is not -1.
 ///
 /// @return 0; `kIoPending` when the queue is full; `kBrokenPipe` when the peer is gone; `kMoreData` when it is too

@@ -1,0 +1,144 @@
+#include "zelto/http/address.h"
+
+#include "tests/http/library_folder.h"
+#include "zelto/http/ip_address.h"
+
+#include <string>
+
+using namespace Zelto::Utilities;
+using Zelto::Testing::Catch;
+
+namespace {
+
+TEST(HttpAddress, IsTakenApartAndPutTogether) {
+  const struct {
+    std::wstring url;
+    std::string text;
+    std::string host;
+    int port;
+  } cases[] = {
+      {L"http://h", "http://h/", "h", 80},
+      {L"HTTPS://Example.com:443/a/b?c=d#e?f/g", "https://Example.com/a/b?c=d", "Example.com", 443},
+      {L"http://h:443/", "http://h:443/", "h", 443},
+      {L"http://h:/x", "http://h/x", "h", 80},
+      {L"http://h:00080?q@:/", "http://h/?q@:/", "h", 80},
+      {L"https://h#f", "https://h/", "h", 443},
+      {L"http://u:p@h/", "http://u:p@h/", "h", 80},
+      {L"http://u@[::1]:8080/p", "http://u@[::1]:8080/p", "[::1]", 8080},
+      {L"http://u s:p%40\u00E9[@h/", "http://u%20s:p%40%C3%A9%5B@h/", "h", 80},
+      {L"http://[fe80::1%eth0]/", "http://[fe80::1%25eth0]/", "[fe80::1%25eth0]", 80},
+      {L"http://[fe80::1%25eth0]/", "http://[fe80::1%25eth0]/", "[fe80::1%25eth0]", 80},
+      {L"http://b\u00FCcher.de/\u20AC?\U0001F600=%e2%82", "http://b%C3%BCcher.de/%E2%82%AC?%F0%9F%98%80=%e2%82",
+       "b%C3%BCcher.de", 80},
+      {L"http://h/a b\"<>\\^`{|}%zz%4g%41%", "http://h/a%20b%22%3C%3E%5C%5E%60%7B%7C%7D%25zz%254g%41%25", "h", 80},
+      {L"http://h/-._~!$&'()*+,;=:@/?", "http://h/-._~!$&'()*+,;=:@/?", "h", 80},
+  };
+  for (const auto& each : cases) {
+    const Address address = SplitAddress(each.url);
+    EXPECT_EQ(address.ToText(), each.text);
+    EXPECT_EQ(address.host, each.host);
+    EXPECT_EQ(address.port, each.port) << each.text;
+  }
+}
+
+TEST(HttpAddress, IsRefusedWhenItIsMalformed) {
+  const std::wstring zero(1, L'\0');
+  for (const std::wstring& url : {std::wstring(),
+                                  std::wstring(L"h/p"),
+                                  std::wstring(L"http:/h"),
+                                  std::wstring(L"//h/"),
+                                  std::wstring(L"http://"),
+                                  std::wstring(L"http:///p"),
+                                  std::wstring(L"http://u@/"),
+                                  std::wstring(L"http://:80/"),
+                                  std::wstring(L"http://u:p/w@h/"),
+                                  std::wstring(L"http://h:0/"),
+                                  std::wstring(L"http://h:65536/"),
+                                  std::wstring(L"http://h:4294967376/"),
+                                  std::wstring(L"http://h:8o/"),
+                                  std::wstring(L"http://h:-1/"),
+                                  std::wstring(L"http://h:1:2/"),
+                                  std::wstring(L"http://good\\@evil/"),
+                                  std::wstring(L"http://a@b@c/"),
+                                  std::wstring(L"http://h h/"),
+                                  std::wstring(L"http://h%2Fx/"),
+                                  std::wstring(L"http://h%00/"),
+                                  std::wstring(L"http://h%/"),
+                                  std::wstring(L"http://::1/"),
+                                  std::wstring(L"http://[::1/"),
+                                  std::wstring(L"http://[::1]x/"),
+                                  std::wstring(L"http://[1.2.3.4]/"),
+                                  std::wstring(L"http://[h]/"),
+                                  std::wstring(L"http://[]/"),
+                                  std::wstring(L"http://[::1%]/"),
+                                  std::wstring(L"http://[::1%25a/b]/"),
+                                  std::wstring(L"http://h/\r\nX:1"),
+                                  std::wstring(L"http://h/\n"),
+                                  std::wstring(L"http://h/\t"),
+                                  L"http://h" + zero + L"/",
+                                  L"http://h/" + zero,
+                                  std::wstring(L"http://h/\xD800")}) {
+    const auto thrown = Catch([&] { SplitAddress(url); });
+    EXPECT_EQ(thrown.code, 12005U) << std::string(url.begin(), url.end());
+    EXPECT_EQ(thrown.text.substr(0, 13), "Invalid URL: ");
+  }
+  for (const wchar_t* url : {L"ftp://h/", L"file:///etc/passwd", L"httpx://h/", L" http://h/"}) {
+    EXPECT_EQ(Catch([&] { SplitAddress(std::wstring_view(url)); }).code, 12006U);
+  }
+}
+
+TEST(IpAddress, IsReadStrictly) {
+  const struct {
+    const char* network;
+    const char* address;
+    bool inside;
+  } cases[] = {
+      {"10.0.0.0/8", "10.255.0.1", true},
+      {"10.0.0.0/8", "11.0.0.1", false},
+      {"192.0.2.128/25", "192.0.2.200", true},
+      {"192.0.2.128/25", "192.0.2.100", false},
+      {"0.0.0.0/0", "1.2.3.4", true},
+      {"0.0.0.0/0", "::1", false},
+      {"1.2.3.4", "1.2.3.4", true},
+      {"1.2.3.4/32", "1.2.3.5", false},
+      {"1.2.3.4/33", "1.2.3.4", false},
+      {"1.2.3.4/", "1.2.3.4", false},
+      {"fd00::/8", "fdab::1", true},
+      {"fd00::/8", "fe00::1", false},
+      {"2001:db8::/33", "2001:db8:7fff::", true},
+      {"2001:db8::/33", "2001:db8:8000::", false},
+      {"::/129", "::1", false},
+      {"::1", "0:0:0:0:0:0:0:1", true},
+      {"::ffff:1.2.3.4", "1.2.3.4", true},
+      {"h/8", "1.2.3.4", false},
+  };
+  for (const auto& each : cases) {
+    const auto address = ParseIpAddress(each.address);
+    ASSERT_TRUE(address) << each.address;
+    EXPECT_EQ(IsInNetwork(*address, each.network), each.inside) << each.network << " " << each.address;
+  }
+  for (const char* text : {"",
+                           "1.2.3",
+                           "1.2.3.4.5",
+                           "1.2.3.256",
+                           "1.2.3.04",
+                           "1.2.3.",
+                           "1..3.4",
+                           ":",
+                           ":::",
+                           "1::2::3",
+                           "1:2:3:4:5:6:7",
+                           "1:2:3:4:5:6:7:8:9",
+                           "1:2:3:4:5:6:7::8",
+                           "12345::",
+                           "g::",
+                           "1:",
+                           ":1",
+                           "1.2.3.4::",
+                           "::1.2.3.4:5",
+                           "1:2:3:4:5:6:7:1.2.3.4"}) {
+    EXPECT_FALSE(ParseIpAddress(text)) << text;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,221 @@
+// How the three libraries are loaded, initialised and let go.
+#include "tests/http/library_folder.h"
+#include "zelto/platform/process.h"
+
+#include <algorithm>
+#include <memory>
+#include <thread>
+
+using namespace Zelto::Testing;
+using Zelto::Utilities::CurlWrapper;
+
+namespace {
+
+using Notes = std::vector<std::string>;
+
+class HttpLibraries : public LibraryFolder {
+ protected:
+  std::unique_ptr<CurlWrapper> Open(const std::wstring& directory) {
+    return std::make_unique<CurlWrapper>(directory, false, L"", L"", false, 0, 0);
+  }
+  std::unique_ptr<CurlWrapper> Open() { return Open(Directory()); }
+
+  Thrown OpenFails() {
+    return Catch([&] { Open(); });
+  }
+  Thrown NotLoaded(const std::string& name, std::uint32_t code = 126) {
+    return {"Can't load library: " + (folder.Path() / name).string(), code};
+  }
+
+  static auto CountOf(const Notes& notes, const std::string& prefix) {
+    return std::count_if(notes.begin(), notes.end(), [&](const std::string& n) { return n.starts_with(prefix); });
+  }
+};
+
+TEST_F(HttpLibraries, AreLoadedAndInitialisedInOrderAndLetGoInReverse) {
+  Open();
+  const Notes expected = {"load curl", "load crypto", "load ssl", "curl_global_init 3",
+                          "CRYPTO_malloc 3 Source\\CurlWrapper.cpp line", "CRYPTO_set_locking_callback",
+                          "CRYPTO_THREADID_set_callback", "curl_easy_init",
+                          //
+                          "curl_slist_free_all null", "curl_easy_cleanup", "CRYPTO_THREADID_set_callback null",
+                          "CRYPTO_set_locking_callback null", "CRYPTO_free", "curl_global_cleanup", "unload ssl",
+                          "unload crypto", "unload curl"};
+  EXPECT_EQ(TakeNotes(), expected);
+}
+
+TEST_F(HttpLibraries, NameTheFirstFileThatIsMissing) {
+  const auto& [crypto, ssl] = names.openssl[0];
+  for (const std::string& missing : {ssl, crypto, names.curl[0]}) {  // the order of loading, from its end
+    Remove(missing);
+    EXPECT_EQ(OpenFails(), NotLoaded(missing));
+  }
+  Put("curl", names.curl[0]);
+  Put("crypto", crypto);
+  WriteFile(folder / std::wstring(ssl.begin(), ssl.end()), "no library");
+  const Thrown broken = OpenFails();
+  EXPECT_EQ(broken.text, NotLoaded(ssl).text);
+  EXPECT_NE(broken.code, 126U);
+  EXPECT_EQ(Catch([&] { Open(Directory() + std::wstring(1, L'\0')); }).code, 123U);
+  const Notes notes = TakeNotes();
+  EXPECT_EQ(CountOf(notes, "load "), CountOf(notes, "unload "));
+  EXPECT_EQ(CountOf(notes, "curl_"), 0);
+}
+
+TEST_F(HttpLibraries, NameTheFirstFunctionThatIsMissing) {
+  const std::vector<std::pair<std::string, Notes>> parts = {
+      {"ssl",
+       {"SSL_CTX_get_cert_store", "PEM_read_bio_X509", "X509_STORE_add_cert", "X509_free", "BIO_new_mem_buf",
+        "BIO_free"}},
+      {"crypto",
+       {"CRYPTO_malloc", "CRYPTO_num_locks", "CRYPTO_set_locking_callback", "CRYPTO_THREADID_set_callback",
+        "CRYPTO_free", "CRYPTO_THREADID_set_numeric"}},
+      {"curl",
+       {"curl_global_init", "curl_easy_init", "curl_slist_free_all", "curl_easy_cleanup", "curl_global_cleanup",
+        "curl_easy_setopt", "curl_slist_append", "curl_easy_getinfo", "curl_easy_perform", "curl_easy_strerror"}}};
+  for (const auto& [part, functions] : parts) {
+    const std::string file = part == "curl"     ? names.curl[0]
+                             : part == "crypto" ? names.openssl[0].first
+                                                : names.openssl[0].second;
+    for (std::size_t i = functions.size(); i-- > 0;) {
+      Put(part + "_" + std::to_string(i), file);
+      EXPECT_EQ(OpenFails(), (Thrown{"Can't load function: " + functions[i], 127}));
+    }
+  }
+  const Notes notes = TakeNotes();
+  EXPECT_EQ(CountOf(notes, "load "), CountOf(notes, "unload "));
+}
+
+TEST_F(HttpLibraries, FallBackToTheirSuccessors) {
+  const auto& lines = names.openssl;
+  Remove(lines[0].first);
+  Remove(lines[0].second);
+  for (const std::string& curl : names.curl) {
+    Remove(names.curl[0]);
+    Put("curl", curl);
+    EXPECT_EQ(OpenFails(), NotLoaded(lines[0].first));
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+      const std::string& other_ssl = lines[(i + 1) % lines.size()].second;
+      Put("crypto_new", lines[i].first);
+      Put("ssl", other_ssl);
+      EXPECT_EQ(OpenFails(), NotLoaded(lines[i].second)) << "one line's file beside another's";
+      Put("ssl", lines[i].second);
+      EXPECT_EQ(OpenFails(), Thrown());
+      for (const std::string& file : {lines[i].first, lines[i].second, other_ssl}) {
+        Remove(file);
+      }
+    }
+    Remove(curl);
+  }
+  EXPECT_EQ(OpenFails(), NotLoaded(names.curl[0]));
+}
+
+TEST_F(HttpLibraries, OfTheNewLineNeedNoLocks) {
+  Put("crypto_new", names.openssl[0].first);
+  Open();
+  EXPECT_EQ(CountOf(TakeNotes(), "CRYPTO_"), 0);
+}
+
+TEST_F(HttpLibraries, AreFoundWithASeparatorAtTheEndAndBesideThisLibraryWithoutADirectory) {
+  EXPECT_EQ(Catch([&] { Open(Directory() + L"/"); }), Thrown());
+  Remove(names.curl[0]);
+  EXPECT_EQ(Catch([&] { Open(Directory() + L"/"); }).text,
+            "Can't load library: " + folder.Path().string() + "/" + names.curl[0]);
+  const Thrown thrown = Catch([&] { Open(L""); });
+  const std::filesystem::path path(thrown.text.substr(thrown.text.find(": ") + 2));
+  EXPECT_EQ(path.filename(), names.curl[0]);
+  EXPECT_TRUE(path.is_absolute()) << thrown;
+  EXPECT_TRUE(std::filesystem::exists(path.parent_path() / "stand_in")) << thrown;
+}
+
+TEST_F(HttpLibraries, HaveAProcessWideStateFromTheFirstSessionToTheLast) {
+  for (int round = 0; round < 2; ++round) {
+    auto first = Open();
+    auto second = Open();
+    first.reset();
+    EXPECT_EQ(CountOf(TakeNotes(), "curl_global_cleanup"), 0);
+    EXPECT_NE(GetLockingCallbacks().lock, nullptr);
+    auto third = Open();
+    second.reset();
+    EXPECT_EQ(CountOf(TakeNotes(), "curl_global_"), 0);
+    third.reset();
+    EXPECT_EQ(CountOf(TakeNotes(), "curl_global_cleanup"), 1);
+    EXPECT_EQ(GetLockingCallbacks().lock, nullptr);
+  }
+}
+
+TEST_F(HttpLibraries, OfTwoFoldersHaveStatesOfTheirOwnButNotTwoSetsOfLocks) {
+  class Other : public LibraryFolder {
+   public:
+    using LibraryFolder::Directory;
+    using LibraryFolder::names;
+    using LibraryFolder::Put;
+    void TestBody() override {}
+  };
+  Other other;
+  auto first = Open();
+  EXPECT_EQ(Catch([&] { Open(other.Directory()); }), (Thrown{"Could not initialize the curl library", 50}));
+  other.Put("crypto_new", other.names.openssl[0].first);
+  auto second = Open(other.Directory());
+  TakeNotes();
+  first.reset();
+  EXPECT_EQ(CountOf(TakeNotes(), "curl_global_cleanup"), 1);
+  second.reset();
+  EXPECT_EQ(CountOf(TakeNotes(), "curl_global_cleanup"), 1);
+}
+
+TEST_F(HttpLibraries, AreLetGoWhenAConstructorFailsHalfWay) {
+  const struct {
+    void (*spoil)(Answers&);
+    std::uint32_t code;
+    Notes::difference_type cleanups;
+  } cases[] = {{[](Answers& a) { a.global_init = 27; }, 27, 0},
+               {[](Answers& a) { a.crypto_malloc = false; }, 8, 1},
+               {[](Answers& a) { a.easy_init = false; }, 8, 1}};
+  for (const auto& each : cases) {
+    GetAnswers() = {};
+    each.spoil(GetAnswers());
+    EXPECT_EQ(OpenFails(), (Thrown{"Could not initialize the curl library", each.code}));
+    const Notes notes = TakeNotes();
+    EXPECT_EQ(CountOf(notes, "curl_global_cleanup"), each.cleanups);
+    EXPECT_EQ(CountOf(notes, "unload "), 3);
+  }
+  GetAnswers() = {};
+  EXPECT_EQ(OpenFails(), Thrown());
+}
+
+TEST_F(HttpLibraries, GetLocksThatExcludeAndIdsThatDiffer) {
+  const auto session = Open();
+  const auto lock = GetLockingCallbacks().lock.load();
+  const auto thread_id = GetLockingCallbacks().thread_id.load();
+  int value = 0;
+  std::vector<unsigned long> ids(4);
+  std::vector<std::thread> threads;
+  lock(1, kLocks - 1, "", 0);  // held by this thread, twice: the others wait
+  lock(1, kLocks - 1, "", 0);
+  for (unsigned long& id : ids) {
+    threads.emplace_back([&] {
+      thread_id(&id);
+      lock(1, 0, "", 0);  // another lock is free
+      lock(2, 0, "", 0);
+      for (int i = 0; i < 1000; ++i) {
+        lock(1 | 4, kLocks - 1, "", 0);
+        ++value;
+        lock(2 | 4, kLocks - 1, "", 0);
+      }
+    });
+  }
+  value = 0;
+  lock(2, kLocks - 1, "", 0);
+  lock(2, kLocks - 1, "", 0);
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(value, 4000);
+  std::sort(ids.begin(), ids.end());
+  EXPECT_EQ(std::unique(ids.begin(), ids.end()), ids.end());
+  thread_id(ids.data());
+  EXPECT_EQ(ids[0], Zelto::Platform::CurrentThreadId());
+}
+
+}  // namespace
