@@ -36,8 +36,8 @@ constexpr std::chrono::milliseconds kKillInterval{700};
 constexpr std::size_t kHandleSlack = 32;  // GCC's runtime for Windows keeps an event for each thread of a busy moment
 constexpr std::size_t kThreadSlack = 4;   // a system's timer threads come and go with the machine's load
 constexpr std::size_t kStackBytes = 1U << 20U;
-constexpr double kMemoryGrowth = 0.10;                  // of what the first rounds left,
-constexpr std::size_t kMemorySlack = 2U * 1024 * 1024;  // and this much
+constexpr double kMemoryGrowth = 0.10;                       // of what the first rounds left,
+constexpr std::size_t kMemorySlack = std::size_t{2} << 20U;  // and this much
 
 struct Tally {
   int killed = 0;
@@ -52,6 +52,7 @@ std::unique_ptr<ChildProcess> StartClients(const std::string& pipe, std::minstd_
 
 void RunRound(const std::string& pipe, Clock::duration length, std::minstd_rand& random, Tally& tally) {
   std::vector<std::unique_ptr<ChildProcess>> processes;
+  processes.reserve(kProcesses);
   for (int i = 0; i < kProcesses; ++i) {
     processes.push_back(StartClients(pipe, random));
   }

@@ -25,7 +25,7 @@ std::wstring MakeLine(std::uint64_t number) {
   DataResourceItem item(std::to_wstring(number), L"task");
   item.SetDateValue(L"at", UtcTime::Now());
   item.SetUint64Value(L"number", number);
-  const std::wstring text = Json::JsonWriter::Encode(item.AsDataObject(), false);
+  std::wstring text = Json::JsonWriter::Encode(item.AsDataObject(), false);
   DataResourceItem read(Json::JsonReader::Decode(text, false));
   if (read.GetUint64Value(L"number") != number) {
     throw std::logic_error("a document came back changed");
