@@ -20,18 +20,24 @@ try_package() {
     -D "EMULATOR=$(cached "$1" ZELTO_WINE)" -D "PKG_CONFIG=$(command -v pkg-config)" -P tests/install/install_test.cmake
 }
 
+quiet_apt() { apt-get -o DPkg::Lock::Timeout=300 -y -qq "$@" >/dev/null; }
+
 try_deb() {
-  local deb=$1 build=$2 left=0 path
+  local deb=$1 build=$2 left=0 path views
   if [ "$(id -u)" -ne 0 ] || dpkg-query -W zelto >/dev/null 2>&1; then
     echo "Not tried, needs root and a system without the package: $deb"
     return
   fi
-  local apt=(apt-get -o DPkg::Lock::Timeout=300 -y -qq)
-  trap '"${apt[@]}" purge zelto >/dev/null' RETURN EXIT
-  "${apt[@]}" install "./$deb" >/dev/null
+  trap 'quiet_apt purge zelto' EXIT
+  quiet_apt install "./$deb"
   try_package "$build" /usr
-  "${apt[@]}" purge zelto >/dev/null
-  trap - RETURN EXIT
+  views=$(gdb -nx -batch -ex 'break main' -ex run -ex 'info pretty-printer' "$build/packages/try/programs/consumer" 2>&1)
+  case "$views" in
+    *UtcTime*) ;;
+    *) printf '%s\n' "GDB does not load its views:" "$views" && return 1 ;;
+  esac
+  quiet_apt purge zelto
+  trap - EXIT
   while read -r path; do
     if [ -e "$path" ] && { [ ! -d "$path" ] || [[ "${path,,}" == *zelto* ]]; }; then
       echo "Left behind: $path"

@@ -42,6 +42,18 @@ int main() {
     caught = error.GetErrorCode() == 6;
   }
 
+  // What a static library needs besides itself shows when these are linked.
+  const auto server = MultiClientNamedPipeServer::Create(L"zelto-consumer", {}, NamedPipeMessageEncoding::Utf8, 0, 0,
+                                                         false, [](unsigned) {});
+  bool refused = false;
+  try {
+    const CurlWrapper session(L"no such folder", false, L"", L"", false, 1, 1);
+  } catch (const Win32Exception& error) {
+    refused = error.GetErrorCode() == 126;
+  }
+
   std::cout << LibraryVersion::Get().ToCharString();
-  return signalled && read && caught && LibraryVersion::Get() == LibraryVersion::GetOfHeaders() ? 0 : 1;
+  return signalled && read && caught && server && refused && LibraryVersion::Get() == LibraryVersion::GetOfHeaders()
+             ? 0
+             : 1;
 }
