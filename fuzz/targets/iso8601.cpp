@@ -2,6 +2,7 @@
 // the standard library. Texts are short: the regular expressions follow every way to match.
 #include "fuzz/fuzz_target.h"
 #include "fuzz/input.h"
+#include "fuzz/models/utf.h"
 #include "zelto/text/exceptions/win32_exception.h"
 #include "zelto/time/utc_time.h"
 
@@ -81,11 +82,8 @@ void Run(Bytes bytes) {
   if (units.size() > kLongestText || text.find_first_of(L"\u2028\u2029") != std::wstring::npos) {
     return;  // the standard library knows no line ends above U+007F
   }
-  std::wstring pairs;  // a character above U+FFFF stands for two units
-  for (const wchar_t unit : text) {
-    pairs.append(static_cast<std::uint32_t>(unit) > 0xFFFF ? 2 : 1, unit);
-  }
-  Require(matches == Describes(pairs), "the text is of the described form");
+  const std::optional<std::wstring> pairs = InUnits(text);
+  Require(matches == (pairs && Describes(*pairs)), "the text is of the described form");
   if (matches) {
     CheckReading(text);
     return;
