@@ -64,7 +64,7 @@ void CurlWrapper::OpenSession() {
 }
 
 void CurlWrapper::CloseSession() noexcept {
-  CurlWrapper::ClearHeaders();
+  FreeHeaders();
   libraries_->Curl().curl_easy_cleanup(session_);
   session_ = nullptr;
 }
@@ -112,7 +112,18 @@ void CurlWrapper::SetContentType(Curl_ContentType contentType) {
 }
 
 void CurlWrapper::ClearHeaders() {
+  RequireNoTransfer();
+  FreeHeaders();
+}
+
+void CurlWrapper::FreeHeaders() noexcept {
   libraries_->Curl().curl_slist_free_all(static_cast<LibraryApi::curl_slist*>(std::exchange(headers_, nullptr)));
+}
+
+void CurlWrapper::RequireNoTransfer() const {
+  if (is_transferring_) {
+    throw std::runtime_error("A request is under way");
+  }
 }
 
 void CurlWrapper::AddCertificate(const std::string& pem) {
@@ -156,6 +167,7 @@ void CurlWrapper::ResetSession() {
 }
 
 void CurlWrapper::SetReceiveDataCallback(ReceiveDataCallback callback, void* user) {
+  RequireNoTransfer();
   receive_callback_ = std::move(callback);
   receive_user_ = user;
 }
@@ -164,6 +176,7 @@ void CurlWrapper::ExecuteRequest(const std::wstring& url, const std::wstring& ve
   if (session_ == nullptr) {
     throw Win32Exception("The curl library is not initialized!", Platform::kInvalidHandle);
   }
+  RequireNoTransfer();
   // A connection that was verified with other certificates must not be used again, and libcurl does not see that.
   if (session_certificates_ != certificates_) {
     std::vector<std::string> certificates = certificates_;

@@ -43,7 +43,8 @@ class SystemProxyRules;
 /// proxy's host, user and password. Text with a lone surrogate is `std::range_error` "bad conversion".
 ///
 /// **Threads.** An object serves one thread at a time. Several objects work on several threads, and may be made and
-/// destroyed while others transfer. Nothing may use the object within its own receive callback.
+/// destroyed while others transfer. Within its own receive callback an object takes no request, gives up no headers and
+/// takes no other callback: `std::runtime_error` "A request is under way".
 ///
 /// Example:
 ///
@@ -186,6 +187,8 @@ class ZELTO_API CurlWrapper : public ICurlWrapper {
 
   void OpenSession();
   void CloseSession() noexcept;
+  void FreeHeaders() noexcept;
+  void RequireNoTransfer() const;
 
   void* session_ = nullptr;  // CURL
   void* headers_ = nullptr;  // curl_slist
@@ -211,6 +214,7 @@ class ZELTO_API CurlWrapper : public ICurlWrapper {
   std::unique_ptr<LastAddress> last_address_;      // null when it held user and password
   std::vector<std::string> session_certificates_;  // those that the session's open connections were verified with
   bool session_used_ = false;
+  bool is_transferring_ = false;  // libcurl is at work, with pointers to what is here
 };
 
 }  // namespace Zelto::Utilities

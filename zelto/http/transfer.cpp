@@ -194,7 +194,9 @@ void CurlWrapper::Transfer::SetReceiver() {
 }
 
 void CurlWrapper::Transfer::Perform() {
+  session_.is_transferring_ = true;
   const CURLcode result = curl_.curl_easy_perform(session_.session_);
+  session_.is_transferring_ = false;
   long status = 0;
   curl_.curl_easy_getinfo(session_.session_, CURLINFO_RESPONSE_CODE, &status);
   if (result == CURLE_OPERATION_TIMEDOUT) {

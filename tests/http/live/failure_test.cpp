@@ -4,9 +4,11 @@
 #include "tests/support/counter.h"
 #include "tests/support/process_resources.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <stdexcept>
 
 namespace Zelto::Testing {
@@ -136,6 +138,21 @@ TEST(Failure, CallbacksMayEndTheTransfer) {
   wrapper.SetReceiveDataCallback(
       [](const char*, std::size_t, std::size_t, void*) -> std::size_t { throw std::domain_error("enough"); }, &calls);
   EXPECT_THROW(wrapper.ExecuteGetRequest(server.Url(L"/")), std::domain_error);
+  // What libcurl is working with cannot be taken from under it.
+  const std::function<void()> kMisuses[] = {[&] { wrapper.ExecuteGetRequest(server.Url(L"/")); },
+                                            [&] { wrapper.ClearHeaders(); },
+                                            [&] { wrapper.SetReceiveDataCallback(nullptr, nullptr); }};
+  for (const auto& misuse : kMisuses) {
+    wrapper.SetReceiveDataCallback(
+        [&misuse](const char*, std::size_t, std::size_t, void*) -> std::size_t {
+          misuse();
+          return 0;
+        },
+        &calls);
+    EXPECT_THAT([&] { wrapper.ExecuteGetRequest(server.Url(L"/")); },
+                testing::ThrowsMessage<std::runtime_error>("A request is under way"));
+    wrapper.ClearHeaders();
+  }
   wrapper.SetReceiveDataCallback(nullptr, nullptr);
   EXPECT_EQ(Get(wrapper, server.Url(L"/")), Answered(200));
   EXPECT_EQ(wrapper.GetHttpResponse(), L"hello");
