@@ -76,7 +76,9 @@ void CurlWrapper::AddHeader(const std::wstring& name, std::int32_t value) {
 
 void CurlWrapper::AddHeader(const std::wstring& name, const std::wstring& value) {
   const std::string line = StringUtilities::Utf16ToUtf8(name).append(":").append(StringUtilities::Utf16ToUtf8(value));
-  RefuseLineBreaks("A header", line);
+  if (HasLineBreak<char>(line)) {
+    RefuseLineBreak("A header");
+  }
   auto* const list = static_cast<LibraryApi::curl_slist*>(headers_);
   LibraryApi::curl_slist* const extended = libraries_->Curl().curl_slist_append(list, line.c_str());
   if (extended == nullptr) {
@@ -86,7 +88,9 @@ void CurlWrapper::AddHeader(const std::wstring& name, const std::wstring& value)
 }
 
 void CurlWrapper::SetContentType(std::wstring contentType) {
-  RefuseLineBreaks("A content type", StringUtilities::Utf16ToUtf8(contentType));
+  if (HasLineBreak<wchar_t>(contentType)) {
+    RefuseLineBreak("A content type");
+  }
   content_type_ = std::move(contentType);
 }
 

@@ -38,9 +38,10 @@ class SystemProxyRules;
 /// case. With neither, servers are not verified at all.
 ///
 /// **Failures** are `Win32Exception`s. That of a failed transfer has libcurl's text for it and libcurl's code, a
-/// `CURLcode`, in place of a Win32 code. What the operations throw besides is said there. Text for libcurl that holds
-/// CR, LF or U+0000 is refused with code 87: a header, an address, a content type, a user agent, a CA file's path, a
-/// proxy's host, user and password. Text with a lone surrogate is `std::range_error` "bad conversion".
+/// `CURLcode`, in place of a Win32 code; so has that of an option that libcurl refuses. What the operations throw
+/// besides is said there. Text for libcurl that holds CR, LF or U+0000 is refused with code 87: a header, a content
+/// type, a user agent, a CA file's path, a proxy's host, user and password; an address with 12005. Text with a lone
+/// surrogate is `std::range_error` "bad conversion", in an address 12005, too.
 ///
 /// **Threads.** An object serves one thread at a time. Several objects work on several threads, and may be made and
 /// destroyed while others transfer. Within its own receive callback an object takes no request, gives up no headers and

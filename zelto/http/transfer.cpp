@@ -124,12 +124,12 @@ void CurlWrapper::Transfer::SetProxy() {
     AppendEscaped(credentials, proxy.password, "%");
   }
   WipeIfUsed(proxy.password);
-  const bool has_line_break = credentials.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos;
+  const bool has_line_break = HasLineBreak<char>(credentials);
   const CURLcode result =
       has_line_break ? CURLE_OK : TrySet(CURLOPT_PROXYUSERPWD, credentials.empty() ? nullptr : credentials.c_str());
   WipeIfUsed(credentials);
   if (has_line_break) {
-    RefuseLineBreaks("A proxy's user or password", "\n");
+    RefuseLineBreak("A proxy's user or password");
   }
   if (result != CURLE_OK) {
     Fail(result);
@@ -281,7 +281,9 @@ void CurlWrapper::Transfer::SetWhereKnown(CURLoption option, Value value) {
 }
 
 void CurlWrapper::Transfer::SetText(CURLoption option, std::string_view what, const std::string& text) {
-  RefuseLineBreaks(what, text);
+  if (HasLineBreak<char>(text)) {
+    RefuseLineBreak(what);
+  }
   Set(option, text.c_str());
 }
 

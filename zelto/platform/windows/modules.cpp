@@ -35,7 +35,8 @@ UniqueModule LoadModule(const std::string& path, ErrorCode& error) noexcept {
   DWORD old_mode = 0;
   const bool mode_set = ::SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &old_mode) != 0;
   // The flag is for absolute paths only.
-  const bool absolute = (path.size() > 2 && path[1] == ':') || path.compare(0, 2, "\\\\") == 0;
+  const bool on_drive = path.size() > 2 && path[1] == ':' && (path[2] == '\\' || path[2] == '/');
+  const bool absolute = on_drive || path.compare(0, 2, "\\\\") == 0;
   UniqueModule module(::LoadLibraryExA(path.c_str(), nullptr, absolute ? LOAD_WITH_ALTERED_SEARCH_PATH : 0));
   error = module ? kSuccess : ::GetLastError();
   if (mode_set) {
