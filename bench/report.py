@@ -64,6 +64,11 @@ def figure_text(value):
     return f"{value:.0f}" if value >= 100 else f"{value:.3g}"
 
 
+def label(what):
+    """A name as Markdown: as it is, whatever characters are in it."""
+    return f"`{what}`" if set(what) & set("*_\\") else what
+
+
 def in_order(values):
     return list(dict.fromkeys(values))
 
@@ -83,7 +88,7 @@ def ratio_table(ratios, program):
         of_peer = {ratio["peer"]: ratio for ratio in ratios if ratio["what"] == what}
         cells = [f"{number(of_peer[peer]['median'])} ({number(of_peer[peer]['lower'])}-{number(of_peer[peer]['upper'])})"
                  if peer in of_peer else "" for peer in peers]
-        rows.append([what, duration(next(iter(of_peer.values()))["ours"]), *cells])
+        rows.append([label(what), duration(next(iter(of_peer.values()))["ours"]), *cells])
     return table(["Operation", "Zelto", *peers], rows)
 
 
