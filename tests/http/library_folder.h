@@ -91,6 +91,16 @@ class StandInSession : public LibraryFolder {
     session.ExecuteGetRequest(url);
     return TakeNotes();
   }
+
+  /// The headers of one GET.
+  static std::string LinesOfGet(Utilities::ICurlWrapper& session) {
+    for (const std::string& note : NotesOfGet(session)) {
+      if (note.starts_with("curl_easy_perform")) {
+        return note.substr(17);
+      }
+    }
+    return "no transfer";
+  }
 };
 
 }  // namespace Zelto::Testing

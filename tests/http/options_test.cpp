@@ -191,7 +191,7 @@ TEST_F(HttpOptions, OpenANewSessionWhenThePinnedCertificatesChange) {
 TEST_F(HttpOptions, ThatLibcurlRefusesEndTheRequestUnlessTheyOnlySwitchOffWhatItDoesNotHave) {
   Session session(Directory(), false, L"", L"", false, 0, 0);
   session.AddCertificate("PEM");
-  for (const int option : {10002, 3, 64, 10109, 20108, 81, 13, 10004, 10023, 80, 20011, 10097, 216, 321}) {
+  for (const int option : {10002, 3, 64, 10065, 10109, 20108, 81, 13, 10004, 10023, 80, 20011, 10097, 216, 321}) {
     for (const int refusal : {48, 27}) {
       GetAnswers().refused_option = option;
       GetAnswers().refusal = refusal;

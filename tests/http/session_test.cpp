@@ -1,26 +1,19 @@
 // What a session does with results, callbacks, headers and refused text.
 #include "tests/http/library_folder.h"
 
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 
 using namespace Zelto::Testing;
 using Zelto::Utilities::Curl_ContentType;
-using Zelto::Utilities::ICurlWrapper;
 
 namespace {
 
 class HttpSession : public StandInSession {
  protected:
   Session session{Directory(), false, L"", L"", false, 0, 0};
-
-  static std::string LinesOf(ICurlWrapper& target) {
-    for (const std::string& note : NotesOfGet(target)) {
-      if (note.starts_with("curl_easy_perform")) {
-        return note.substr(17);
-      }
-    }
-    return "no transfer";
-  }
 };
 
 TEST_F(HttpSession, KeepsStatusAndResponseOfTheLastTransferThatSucceeded) {
@@ -47,14 +40,14 @@ TEST_F(HttpSession, KeepsStatusAndResponseOfTheLastTransferThatSucceeded) {
 TEST_F(HttpSession, AccumulatesHeadersUntilTheyAreCleared) {
   session.AddHeader(L"A", 1);
   session.SetContentType(Curl_ContentType::ApplicationXml);
-  EXPECT_EQ(LinesOf(session), " [A:1] [Content-Length:0] [Content-Type:application/xml]");
+  EXPECT_EQ(LinesOfGet(session), " [A:1] [Content-Length:0] [Content-Type:application/xml]");
   session.SetContentType(Curl_ContentType::None);
-  EXPECT_EQ(LinesOf(session), " [A:1] [Content-Length:0] [Content-Type:application/xml] [Content-Length:0]");
+  EXPECT_EQ(LinesOfGet(session), " [A:1] [Content-Length:0] [Content-Type:application/xml] [Content-Length:0]");
   session.ClearHeaders();
-  EXPECT_EQ(LinesOf(session), " [Content-Length:0]");
+  EXPECT_EQ(LinesOfGet(session), " [Content-Length:0]");
   session.SetContentType(Curl_ContentType::TextHtml);
   session.ResetSession();
-  EXPECT_EQ(LinesOf(session), " [Content-Length:0]");
+  EXPECT_EQ(LinesOfGet(session), " [Content-Length:0]");
   EXPECT_EQ(Catch([&] { session.SetContentType(static_cast<Curl_ContentType>(5)); }).text, "unrecognized content type");
 
   session.ClearHeaders();
@@ -62,7 +55,7 @@ TEST_F(HttpSession, AccumulatesHeadersUntilTheyAreCleared) {
   GetAnswers().slist_append = false;
   EXPECT_EQ(Catch([&] { session.AddHeader(L"B", L"2"); }).text, "AddHeader (curl_slist_append) failed!");
   GetAnswers().slist_append = true;
-  EXPECT_EQ(LinesOf(session), " [A:1] [Content-Length:0]") << "what was there is still there";
+  EXPECT_EQ(LinesOfGet(session), " [A:1] [Content-Length:0]") << "what was there is still there";
 }
 
 TEST_F(HttpSession, AddsItsOwnHeadersThroughTheVirtualTable) {
@@ -78,7 +71,7 @@ TEST_F(HttpSession, AddsItsOwnHeadersThroughTheVirtualTable) {
   };
   Censor censor(Directory(), false, L"", L"", false, 0, 0);
   censor.SetContentType(L"t");
-  EXPECT_EQ(LinesOf(censor), " [S-N-Content-Length:0] [S-Content-Type:t]");
+  EXPECT_EQ(LinesOfGet(censor), " [S-N-Content-Length:0] [S-Content-Type:t]");
 }
 
 TEST_F(HttpSession, GivesTheBodyToACallbackAndItsExceptionToTheCaller) {
@@ -138,8 +131,35 @@ TEST_F(HttpSession, RefusesLineBreaksInWhateverGoesToLibcurl) {
     EXPECT_EQ(of(L"p", 1U, bad, none, none, none), expected("A proxy's user or password"));
     EXPECT_EQ(of(L"p", 1U, L"u", bad, none, none), expected("A proxy's user or password"));
   }
-  EXPECT_EQ(LinesOf(session), " [Content-Length:0]") << "nothing of it stayed behind";
+  EXPECT_EQ(LinesOfGet(session), " [Content-Length:0]") << "nothing of it stayed behind";
   EXPECT_THROW(session.AddHeader(L"n", L"\xD800"), std::range_error);
+}
+
+TEST_F(HttpSession, NeverAsksTheTerminalForThePasswordOfAPinnedCertificate) {
+  session.AddCertificate("ENCRYPTED");
+  TakeNotes();
+  session.ExecuteGetRequest(L"https://h/");
+  const std::vector<std::string> notes = TakeNotes();
+  EXPECT_EQ(std::count(notes.begin(), notes.end(), "password of -1 bytes"), 1);
+}
+
+TEST_F(StandInSession, MakesRequestsWhileStaticObjectsAreDestroyed) {
+  testing::FLAGS_gtest_death_test_style = "threadsafe";
+  EXPECT_EXIT(
+      {
+        static Session* const last = new Session(Directory(), false, L"", L"", false, 0, 0);
+        static const std::filesystem::path* const libraries = new std::filesystem::path(folder.Path());
+        std::atexit([] {
+          last->ClearHeaders();
+          std::fprintf(stderr, "sent%s;", LinesOfGet(*last).c_str());
+          delete last;
+          std::error_code ignored;
+          std::filesystem::remove_all(*libraries, ignored);
+        });
+        LinesOfGet(*last);
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "sent \\[Content-Length:0\\];");
 }
 
 TEST_F(StandInSession, LeavesLibcurlLoadedAfterATimeOutThatMayHaveLeftAThreadInIt) {

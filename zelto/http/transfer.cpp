@@ -33,6 +33,11 @@ void AppendEscaped(std::string& target, std::string_view text, std::string_view 
   }
 }
 
+// Without it, OpenSSL would ask the terminal or the standard input for the password of an encrypted text, and wait.
+extern "C" int RefusePassword(char*, int, int, void*) noexcept {
+  return -1;
+}
+
 }  // namespace
 
 CurlWrapper::Transfer::Transfer(CurlWrapper& session) noexcept : session_(session), curl_(session.libraries_->Curl()) {}
@@ -80,7 +85,7 @@ void CurlWrapper::Transfer::SetTrust() {
   if (is_pinned) {
     Set(CURLOPT_SSLCERTTYPE, "PEM");
     TrustOnlyWhatIsGiven();
-    Clear(CURLOPT_CAINFO);
+    Set(CURLOPT_CAINFO, static_cast<const char*>(nullptr));
     // Else the certificates would be added to a store that libcurl keeps for later requests.
     SetWhereKnown(CURLOPT_CA_CACHE_TIMEOUT, 0L);
     Set(CURLOPT_SSL_CTX_DATA, static_cast<void*>(&session_));
@@ -163,7 +168,8 @@ void CurlWrapper::Transfer::SetHeaders(const std::wstring& verb) {
   if (body_.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
     throw Win32Exception("The request body is too long", Platform::kInvalidParameter);
   }
-  static const std::wstring kContentLength = L"Content-Length";
+  // Never destroyed: a request may be made while static objects are being destroyed.
+  static const std::wstring& kContentLength = *new std::wstring(L"Content-Length");
   session_.AddHeader(kContentLength, static_cast<std::int32_t>(body_.size()));
   if (!session_.content_type_.empty()) {
     session_.AddHeader(L"Content-Type", session_.content_type_);
@@ -248,7 +254,7 @@ CURLcode CurlWrapper::Transfer::AddPinnedCertificates(void*, void* ssl_context, 
     if (bio == nullptr) {
       continue;
     }
-    X509* const certificate = openssl.PEM_read_bio_X509(bio, nullptr, nullptr, nullptr);
+    X509* const certificate = openssl.PEM_read_bio_X509(bio, nullptr, &RefusePassword, nullptr);
     if (certificate != nullptr) {
       openssl.X509_STORE_add_cert(store, certificate);
       openssl.X509_free(certificate);

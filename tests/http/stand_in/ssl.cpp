@@ -34,7 +34,11 @@ int BIO_free(Text* bio) {
   return 1;
 }
 
-Text* PEM_read_bio_X509(Text* bio, void**, void*, void*) {
+Text* PEM_read_bio_X509(Text* bio, void**, int (*ask)(char*, int, int, void*), void* user) {
+  if (bio->text.compare(0, 9, "ENCRYPTED") == 0) {
+    char password[8];
+    Note(ask == nullptr ? "asks the terminal" : "password of " + std::to_string(ask(password, 8, 0, user)) + " bytes");
+  }
   return bio->text.compare(0, 3, "PEM") == 0 ? new Text{bio->text} : nullptr;
 }
 
