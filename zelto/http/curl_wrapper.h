@@ -129,6 +129,8 @@ class ZELTO_API CurlWrapper : public ICurlWrapper {
 
   /// Pins a certificate: the first one in a PEM text. It may be the server's own (with libcurl 7.68 or newer) or an
   /// authority's. A text that cannot be read is passed over silently; when none can be read, no server is trusted.
+  /// A libcurl that says to use another library than OpenSSL makes requests fail then: "Pinned certificates need a
+  /// libcurl that uses OpenSSL" (50).
   void AddCertificate(const std::string& pem) override;
 
   /// Drops all pinned certificates; without a CA file, servers are not verified then.

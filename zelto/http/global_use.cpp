@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <mutex>
+#include <string_view>
 #include <vector>
 
 namespace Zelto::Utilities {
@@ -16,6 +17,7 @@ struct InitialisedCurl {
   LibraryApi::curl_global_init_function identity;
   std::size_t uses;
   bool has_locks;
+  bool uses_openssl;
 };
 
 struct ProcessState {
@@ -34,6 +36,16 @@ auto FindLibrary(std::vector<InitialisedCurl>& libraries, const CurlFunctions& c
                       [&](const InitialisedCurl& each) { return each.identity == curl.curl_global_init; });
 }
 
+// By the list of what libcurl was built with; what stands in parentheses is there and not in use. Called under the
+// state's lock, for libcurl writes that list anew each time.
+bool UsesOpenSsl(const CurlFunctions& curl) noexcept {
+  if (curl.curl_version == nullptr) {
+    return true;
+  }
+  const std::string_view version = curl.curl_version();
+  return version.find(" OpenSSL/") != std::string_view::npos || version.find(" quictls/") != std::string_view::npos;
+}
+
 }  // namespace
 
 GlobalUse::GlobalUse(const CurlFunctions& curl, const LockFunctions& locks) : curl_(curl) {
@@ -42,6 +54,7 @@ GlobalUse::GlobalUse(const CurlFunctions& curl, const LockFunctions& locks) : cu
   const auto found = FindLibrary(state.libraries, curl);
   if (found != state.libraries.end()) {
     ++found->uses;
+    uses_openssl_ = found->uses_openssl;
     return;
   }
   const bool has_locks = locks.CRYPTO_num_locks != nullptr;
@@ -58,7 +71,8 @@ GlobalUse::GlobalUse(const CurlFunctions& curl, const LockFunctions& locks) : cu
       throw;
     }
   }
-  state.libraries.push_back({curl.curl_global_init, 1, has_locks});
+  uses_openssl_ = Utilities::UsesOpenSsl(curl);
+  state.libraries.push_back({curl.curl_global_init, 1, has_locks, uses_openssl_});
 }
 
 GlobalUse::~GlobalUse() {

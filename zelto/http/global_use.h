@@ -18,8 +18,12 @@ class GlobalUse {
   GlobalUse(const GlobalUse&) = delete;
   GlobalUse& operator=(const GlobalUse&) = delete;
 
+  /// See `HttpLibraries`.
+  bool UsesOpenSsl() const noexcept { return uses_openssl_; }
+
  private:
   const CurlFunctions& curl_;
+  bool uses_openssl_;
 };
 
 }  // namespace Zelto::Utilities

@@ -69,6 +69,10 @@ HttpLibraries::~HttpLibraries() {
   }
 }
 
+bool HttpLibraries::UsesOpenSsl() const noexcept {
+  return global_use_->UsesOpenSsl();
+}
+
 void HttpLibraries::LoadCurl(const std::string& folder) {
   const auto names = Platform::GetHttpLibraryFiles().curl;
   Platform::ErrorCode error = Platform::kSuccess;
@@ -89,6 +93,8 @@ void HttpLibraries::LoadCurl(const std::string& folder) {
   Resolve(curl_.curl_easy_getinfo, "curl_easy_getinfo", {module});
   Resolve(curl_.curl_easy_perform, "curl_easy_perform", {module});
   Resolve(curl_.curl_easy_strerror, "curl_easy_strerror", {module});
+  curl_.curl_version =
+      reinterpret_cast<LibraryApi::curl_version_function>(Platform::FindFunction(module, "curl_version"));
 }
 
 void HttpLibraries::LoadOpenSsl(const std::string& folder) {

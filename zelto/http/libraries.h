@@ -21,6 +21,7 @@ struct CurlFunctions {
   LibraryApi::curl_easy_getinfo_function curl_easy_getinfo;
   LibraryApi::curl_easy_perform_function curl_easy_perform;
   LibraryApi::curl_easy_strerror_function curl_easy_strerror;
+  LibraryApi::curl_version_function curl_version;  ///< may be null
 };
 
 /// All null with an OpenSSL that does its own locking (1.1 and newer).
@@ -56,6 +57,9 @@ class HttpLibraries {
 
   const CurlFunctions& Curl() const noexcept { return curl_; }
   const CertificateFunctions& Certificates() const noexcept { return certificates_; }
+
+  /// Whether libcurl's contexts are OpenSSL's, as far as libcurl tells: those of others must not meet its functions.
+  bool UsesOpenSsl() const noexcept;
 
   /// Leaves the libraries loaded beyond the object's life.
   void KeepLoaded() noexcept { keep_loaded_ = true; }

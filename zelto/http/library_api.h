@@ -84,6 +84,7 @@ using curl_easy_setopt_function = CURLcode (*)(CURL* curl, CURLoption option, ..
 using curl_easy_getinfo_function = CURLcode (*)(CURL* curl, CURLINFO info, ...);
 using curl_easy_perform_function = CURLcode (*)(CURL* curl);
 using curl_easy_strerror_function = const char* (*)(CURLcode code);
+using curl_version_function = const char* (*)();
 using curl_slist_append_function = curl_slist* (*)(curl_slist* list, const char* text);
 using curl_slist_free_all_function = void (*)(curl_slist* list);
 

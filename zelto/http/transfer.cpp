@@ -83,6 +83,9 @@ void CurlWrapper::Transfer::SetTrust() {
   const bool is_pinned = !has_ca_file && !session_.certificates_.empty();
   Set(CURLOPT_SSL_VERIFYPEER, 0L);
   if (is_pinned) {
+    if (!session_.libraries_->UsesOpenSsl()) {
+      throw Win32Exception("Pinned certificates need a libcurl that uses OpenSSL", Platform::kNotSupported);
+    }
     Set(CURLOPT_SSLCERTTYPE, "PEM");
     TrustOnlyWhatIsGiven();
     Set(CURLOPT_CAINFO, static_cast<const char*>(nullptr));

@@ -177,6 +177,10 @@ int curl_easy_getinfo(void*, int info, long* value) {
   return 0;
 }
 
+const char* curl_version() {
+  return GetAnswers().version.c_str();
+}
+
 const char* curl_easy_strerror(int code) {
   static thread_local char text[40];
   std::snprintf(text, sizeof(text), "libcurl's text for %d", code);
