@@ -215,48 +215,53 @@ void DocumentBuilder::CutToShare() {
   text_base_ = open_.empty() ? 0 : open_.back().text;
 }
 
+// Fills in one property of an object that is being closed, whose text stands in its storage already.
+inline void DocumentBuilder::PlaceProperty(const Member& member, const OpenShare& share, ObjectStorage& storage,
+                                           PropertyNode& node) {
+  char16_t* const text = storage.Text();
+  node.key_offset =
+      static_cast<std::uint32_t>(reinterpret_cast<const char*>(text + member.key) - reinterpret_cast<char*>(&node));
+  node.key_length = member.key_length;
+  const auto kind = static_cast<DataValue::EType>(member.kind);
+  switch (member.content) {
+    case Content::kText:
+      ValueAccess::Borrow(node.value, {text + member.text, member.text_length}, kind, false);
+      break;
+    case Content::kItems:
+      ValueAccess::Borrow(node.value, {text + member.text, member.text_length}, kind, true);
+      break;
+    case Content::kObject:
+      storage.SetOwning();
+      ValueAccess::PlaceObject(node.value, std::move(objects_[share.objects + member.text]));
+      break;
+    case Content::kValue:
+      storage.SetOwning();
+      node.value = std::move(values_[share.values + member.text]);
+      ValueAccess::ShrinkToFit(node.value);
+      break;
+    case Content::kNothing:
+    case Content::kNull:
+      break;
+  }
+}
+
 std::shared_ptr<DataObject> DocumentBuilder::CloseObject() {
   const OpenShare share = open_.back();
-  CheckedLength(text_.Size() - share.text);
+  const std::size_t units = text_.Size() - share.text;
+  CheckedLength(units);
   SortMembers(share.members);
   DropRepeatedKeys(share.members);
   auto object = std::make_shared<DataObject>();
   const std::size_t count = members_.size() - share.members;
   if (count != 0) {
-    const std::size_t units = text_.Size() - share.text;
     ObjectStorage* const storage = ObjectStorage::Allocate(count, units);
     ObjectStorage::Attach(*object, storage);
     closed_length_ += storage->OwnLength();
     storage->SetLengthHint(closed_length_ - share.length);
-    char16_t* const text = storage->Text();
-    std::copy_n(text_.Data() + share.text, units, text);
-    PropertyNode* node = storage->Nodes();
-    for (std::size_t i = share.members; i < members_.size(); ++i, ++node) {
-      const Member& member = members_[i];
-      node->key_offset =
-          static_cast<std::uint32_t>(reinterpret_cast<const char*>(text + member.key) - reinterpret_cast<char*>(node));
-      node->key_length = member.key_length;
-      const auto kind = static_cast<DataValue::EType>(member.kind);
-      switch (member.content) {
-        case Content::kText:
-          ValueAccess::Borrow(node->value, {text + member.text, member.text_length}, kind, false);
-          break;
-        case Content::kItems:
-          ValueAccess::Borrow(node->value, {text + member.text, member.text_length}, kind, true);
-          break;
-        case Content::kObject:
-          storage->SetOwning();
-          ValueAccess::PlaceObject(node->value, std::move(objects_[share.objects + member.text]));
-          break;
-        case Content::kValue:
-          storage->SetOwning();
-          node->value = std::move(values_[share.values + member.text]);
-          ValueAccess::ShrinkToFit(node->value);
-          break;
-        case Content::kNothing:
-        case Content::kNull:
-          break;
-      }
+    std::copy_n(text_.Data() + share.text, units, storage->Text());
+    PropertyNode* const nodes = storage->Nodes();
+    for (std::size_t i = 0; i < count; ++i) {
+      PlaceProperty(members_[share.members + i], share, *storage, nodes[i]);
     }
   }
   CutToShare();

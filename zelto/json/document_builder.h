@@ -16,6 +16,9 @@
 
 namespace Zelto::Json {
 
+class ObjectStorage;
+struct PropertyNode;
+
 /// Keys, values and texts of the objects that are open stand on stacks; closing an object packs its share into the
 /// object's own storage. A text is plain when there is neither an escape sequence nor a character above U+FFFF in it.
 ///
@@ -132,6 +135,7 @@ class DocumentBuilder {
   bool Precedes(const Member& left, const Member& right) const;
   int CompareKeys(const Member& left, const Member& right) const;
   void DropRepeatedKeys(std::size_t first);
+  void PlaceProperty(const Member& member, const OpenShare& share, ObjectStorage& storage, PropertyNode& node);
   void CutToShare();
 
   bool allow_duplicates_;
