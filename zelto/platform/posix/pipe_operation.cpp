@@ -5,6 +5,7 @@
 
 #include <poll.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <utility>
@@ -126,12 +127,76 @@ ErrorCode PipeOperation::Cancel() noexcept {
   return kSuccess;
 }
 
+namespace {
+
+using Access = PipeOperation::Access;
+
+// What a thing that is waited for has come to.
+enum class Outcome : std::uint8_t {
+  kPending,
+  kPendingInSpiteOfRoom,  // a write for which the system says that there is room, and which it does not take
+  kDone,
+  kInvalid
+};
+
+// Says what the system is to look at for each thing, and for how long at most: not at all when an operation has ended,
+// and not for ever when a write must be tried again.
+//
+// @return false for an empty event
+bool PreparePolls(std::span<const Waitable> things, bool writes_rest, std::span<pollfd> polls,
+                  std::uint32_t& longest_ms) noexcept {
+  longest_ms = kInfinite;
+  for (std::size_t i = 0; i < things.size(); ++i) {
+    const PipeOperation* operation = things[i].Operation();
+    if (operation == nullptr) {
+      if (!*things[i].Event()) {
+        return false;
+      }
+      polls[i] = pollfd{DescriptorFromHandle(things[i].Event()->Get()), POLLIN, 0};
+    } else if (operation->IsPending()) {
+      polls[i] = Access::Poll(*operation, writes_rest);
+      longest_ms = std::min(longest_ms, Access::IsWrite(*operation) ? kWriteRetryMs : kInfinite);
+    } else {
+      polls[i] = pollfd{-1, 0, 0};
+      longest_ms = 0;
+    }
+  }
+  return true;
+}
+
+Outcome LookAt(const SharedHandle& event, short signals) noexcept {
+  if ((signals & POLLNVAL) != 0) {
+    return Outcome::kInvalid;
+  }
+  if (signals == 0) {
+    return Outcome::kPending;
+  }
+  event.State()->Observe();
+  return Outcome::kDone;
+}
+
+Outcome LookAt(PipeOperation& operation, short signals) noexcept {
+  if (!operation.IsPending()) {
+    return Outcome::kDone;
+  }
+  const bool is_write = Access::IsWrite(operation);
+  if ((signals != 0 || is_write) && Access::Attempt(operation) != kIoPending) {
+    return Outcome::kDone;
+  }
+  return is_write && signals != 0 ? Outcome::kPendingInSpiteOfRoom : Outcome::kPending;
+}
+
+std::uint32_t FailWait(ErrorCode error) noexcept {
+  SetLastErrorCode(error);
+  return kWaitFailed;
+}
+
+}  // namespace
+
 std::uint32_t WaitForAny(std::span<const Waitable> things, std::uint32_t timeout_ms) noexcept {
-  using Access = PipeOperation::Access;
   std::array<pollfd, kMaximumWaitObjects> polls;
   if (things.empty() || things.size() > polls.size()) {
-    SetLastErrorCode(kInvalidParameter);
-    return kWaitFailed;
+    return FailWait(kInvalidParameter);
   }
   const Deadline deadline(timeout_ms);
   if (things.size() == 1 && things[0].Operation() != nullptr && Access::CanWaitItself(*things[0].Operation()) &&
@@ -140,51 +205,28 @@ std::uint32_t WaitForAny(std::span<const Waitable> things, std::uint32_t timeout
   }
   bool writes_rest = false;
   while (true) {
-    bool settled = false;
-    bool writing = false;
-    for (std::size_t i = 0; i < things.size(); ++i) {
-      const PipeOperation* operation = things[i].Operation();
-      if (operation == nullptr) {
-        if (!*things[i].Event()) {
-          SetLastErrorCode(kInvalidHandle);
-          return kWaitFailed;
-        }
-        polls[i] = pollfd{DescriptorFromHandle(things[i].Event()->Get()), POLLIN, 0};
-      } else if (operation->IsPending()) {
-        polls[i] = Access::Poll(*operation, writes_rest);
-        writing = writing || Access::IsWrite(*operation);
-      } else {
-        polls[i] = pollfd{-1, 0, 0};
-        settled = true;
-      }
+    std::uint32_t longest_ms = kInfinite;
+    if (!PreparePolls(things, writes_rest, polls, longest_ms)) {
+      return FailWait(kInvalidHandle);
     }
     timespec left{};
-    const std::uint32_t longest = settled ? 0 : (writing ? kWriteRetryMs : kInfinite);
-    const int ready = ::ppoll(polls.data(), things.size(), deadline.Remaining(left, longest), nullptr);
+    const int ready = ::ppoll(polls.data(), things.size(), deadline.Remaining(left, longest_ms), nullptr);
     if (ready < 0 && errno != EINTR) {
       return kWaitFailed;
     }
     writes_rest = false;
     for (std::size_t i = 0; i < things.size(); ++i) {
-      const bool signalled = ready > 0 && polls[i].revents != 0;
+      const short signals = ready > 0 ? polls[i].revents : short{0};
       PipeOperation* operation = things[i].Operation();
-      if (operation == nullptr) {
-        if (signalled && (polls[i].revents & POLLNVAL) != 0) {
-          SetLastErrorCode(kInvalidHandle);
-          return kWaitFailed;
-        }
-        if (signalled) {
-          things[i].Event()->State()->Observe();
-          return static_cast<std::uint32_t>(i);
-        }
-        continue;
+      const Outcome outcome = operation == nullptr ? LookAt(*things[i].Event(), signals) : LookAt(*operation, signals);
+      if (outcome == Outcome::kInvalid) {
+        return FailWait(kInvalidHandle);
       }
-      const bool writing_here = operation->IsPending() && Access::IsWrite(*operation);
-      if (!operation->IsPending() || ((signalled || writing_here) && Access::Attempt(*operation) != kIoPending)) {
+      if (outcome == Outcome::kDone) {
         return static_cast<std::uint32_t>(i);
       }
       // Room that does not help (too many descriptors on their way) must not make this loop spin.
-      writes_rest = writes_rest || (writing_here && signalled);
+      writes_rest = writes_rest || outcome == Outcome::kPendingInSpiteOfRoom;
     }
     if (deadline.Passed()) {
       return kWaitTimeout;
