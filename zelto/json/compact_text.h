@@ -4,6 +4,7 @@
 #pragma once
 
 #include "zelto/json/unit_block.h"
+#include "zelto/text/bad_conversion.h"
 #include "zelto/text/utf16_units.h"
 
 #include <algorithm>
@@ -72,7 +73,7 @@ inline bool IsText(std::wstring_view text) noexcept {
 template <typename Use>
 void UseUnits(wchar_t character, const Use& use) {
   if (Utilities::ValueOf(character) > Utilities::kMaximumCodePoint) {
-    throw std::range_error("bad conversion");
+    Utilities::ThrowBadConversion();
   }
   Utilities::ForEachUnit(character, use);
 }

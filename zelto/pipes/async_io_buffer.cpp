@@ -1,11 +1,11 @@
 #include "zelto/pipes/async_io_buffer.h"
 
+#include "zelto/text/bad_conversion.h"
 #include "zelto/text/string_utilities.h"
 #include "zelto/text/utf16_units.h"
 
 #include <algorithm>
 #include <cstring>
-#include <stdexcept>
 
 namespace Zelto::Utilities {
 
@@ -27,7 +27,7 @@ std::string EncodeUtf16(std::wstring_view message) {
   char* end = data.data();
   for (const wchar_t unit : message) {
     if (ValueOf(unit) > kMaximumCodePoint) {
-      throw std::range_error("bad conversion");
+      ThrowBadConversion();
     }
     ForEachUnit(unit, [&end](char16_t part) {
       *end++ = static_cast<char>(part & 0xFFU);

@@ -12,8 +12,8 @@ namespace Zelto::Utilities {
 
 /// The value of one conversion.
 struct PrintfValue {
-  std::uint64_t bits =
-      0;  // a number that is not real, a character, or a pointer; what the size does not cover is ignored
+  /// A number that is not real, a character, or a pointer; what the size does not cover is ignored.
+  std::uint64_t bits = 0;
   double real = 0;
 };
 

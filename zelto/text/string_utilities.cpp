@@ -1,6 +1,8 @@
 #include "zelto/text/string_utilities.h"
 
 #include "zelto/text/ascii.h"
+#include "zelto/text/bad_conversion.h"
+#include "zelto/text/utf16_units.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -230,6 +232,20 @@ std::wstring StringUtilities::ToHex(std::int32_t value) {
 
 std::string StringUtilities::ToHexStr(std::int32_t value) {
   return HexText<std::string>(value);
+}
+
+std::string StringUtilities::ToAscii(std::wstring_view text) {
+  text = text.substr(0, text.find(L'\0'));
+  std::string result(text.size(), '\0');
+  std::uint32_t bits = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    bits |= ValueOf(text[i]);
+    result[i] = static_cast<char>(text[i]);
+  }
+  if (bits > 0xFFU) {
+    ThrowBadConversion();
+  }
+  return result;
 }
 
 }  // namespace Zelto::Utilities

@@ -1,5 +1,6 @@
 #include "zelto/text/url_encoding.h"
 
+#include "zelto/text/bad_conversion.h"
 #include "zelto/text/utf16_units.h"
 
 #include <array>
@@ -98,7 +99,7 @@ std::wstring UrlEncoding::Encode(std::wstring_view text, UrlPart part) {
 
 void UrlEncoding::EncodeToBuffer(std::wstring& buffer, wchar_t unit) {
   if (ValueOf(unit) > kMaximumCodePoint) {
-    throw std::range_error("bad conversion");
+    ThrowBadConversion();
   }
   ForEachUnit(unit, [&buffer](char16_t half) { AppendUnit(buffer, half); });
 }

@@ -1,12 +1,12 @@
 #include "zelto/text/wildcard_matcher.h"
 
 #include "zelto/text/ascii.h"
+#include "zelto/text/bad_conversion.h"
 #include "zelto/text/utf16_units.h"
 
 #include <algorithm>
 #include <map>
 #include <regex>
-#include <stdexcept>
 
 namespace Zelto::Utilities {
 namespace {
@@ -34,7 +34,7 @@ bool ForEachUnitWhile(std::wstring_view text, const Use& use) {
       continue;
     }
     if (value > kMaximumCodePoint) {
-      throw std::range_error("bad conversion");
+      ThrowBadConversion();
     }
     bool go_on = true;
     ForEachUnit(character, [&](char16_t unit) { go_on = go_on && use(unit); });
