@@ -12,6 +12,14 @@ namespace {
 constexpr int kMark = 0x5A000000;
 constexpr int kMarkMask = 0x7F000000;
 
+// Codes that come from an errno only.
+constexpr ErrorCode kNotSameDevice = 17;    // ERROR_NOT_SAME_DEVICE
+constexpr ErrorCode kGeneralFailure = 31;   // ERROR_GEN_FAILURE
+constexpr ErrorCode kFolderNotEmpty = 145;  // ERROR_DIR_NOT_EMPTY
+constexpr ErrorCode kNameTooLong = 206;     // ERROR_FILENAME_EXCED_RANGE
+constexpr ErrorCode kFileTooLarge = 223;    // ERROR_FILE_TOO_LARGE
+constexpr ErrorCode kDeviceError = 1117;    // ERROR_IO_DEVICE
+
 }  // namespace
 
 ErrorCode CodeFromErrno(int error) noexcept {
@@ -39,23 +47,23 @@ ErrorCode CodeFromErrno(int error) noexcept {
     case EINVAL:
       return kInvalidParameter;
     case ENAMETOOLONG:
-      return 206;  // ERROR_FILENAME_EXCED_RANGE
+      return kNameTooLong;
     case EEXIST:
-      return 183;  // ERROR_ALREADY_EXISTS
+      return kAlreadyExists;
     case ENOTEMPTY:
-      return 145;  // ERROR_DIR_NOT_EMPTY
+      return kFolderNotEmpty;
     case ENOSPC:
     case EDQUOT:
-      return 112;  // ERROR_DISK_FULL
+      return kDiskFull;
     case EFBIG:
-      return 223;  // ERROR_FILE_TOO_LARGE
+      return kFileTooLarge;
     case EXDEV:
-      return 17;  // ERROR_NOT_SAME_DEVICE
+      return kNotSameDevice;
     case EBUSY:
     case ETXTBSY:
-      return 32;  // ERROR_SHARING_VIOLATION
+      return kSharingViolation;
     case EIO:
-      return 1117;  // ERROR_IO_DEVICE
+      return kDeviceError;
     case EPIPE:
     case ENOTCONN:
       return kPipeNotConnected;
@@ -71,9 +79,9 @@ ErrorCode CodeFromErrno(int error) noexcept {
       return kOperationAborted;
     case ENOSYS:
     case EOPNOTSUPP:
-      return 50;  // ERROR_NOT_SUPPORTED
+      return kNotSupported;
     default:
-      return 31;  // ERROR_GEN_FAILURE
+      return kGeneralFailure;
   }
 }
 
