@@ -159,9 +159,9 @@ TEST_F(HttpOptions, OfOneRequestAreNotLeftToTheNext) {
 TEST_F(HttpOptions, PinNothingInTheContextsOfAnotherLibraryThanOpenSsl) {
   Put("curl_version", names.curl[0]);
   for (const auto& [version, code] :
-       {std::pair("libcurl/7.50 OpenSSL/1.0.2k zlib/1.2", 0U), std::pair("libcurl/8.9 quictls/3.1.4", 0U),
-        std::pair("libcurl/8.9 LibreSSL/3.9.2 zlib/1.3", 50U), std::pair("libcurl/8.9 (OpenSSL/3.0) Schannel", 50U)}) {
-    GetAnswers().version = version;
+       {std::pair("OpenSSL/1.0.2k", 0U), std::pair("quictls/3.1.4", 0U), std::pair("LibreSSL/3.9.2", 50U),
+        std::pair("(OpenSSL/3.0) Schannel", 50U), std::pair("(Schannel) OpenSSL/3.0", 0U)}) {
+    GetAnswers().ssl_version = version;
     Session session(Directory(), false, L"", L"", false, 0, 0);
     EXPECT_EQ(Catch([&] { session.ExecuteGetRequest(L"https://h/"); }), Thrown()) << version;
     session.AddCertificate("PEM");

@@ -36,14 +36,20 @@ auto FindLibrary(std::vector<InitialisedCurl>& libraries, const CurlFunctions& c
                       [&](const InitialisedCurl& each) { return each.identity == curl.curl_global_init; });
 }
 
-// By the list of what libcurl was built with; what stands in parentheses is there and not in use. Called under the
-// state's lock, for libcurl writes that list anew each time.
+// By the names of the libraries that libcurl was built with; one in parentheses is there and not in use. Called under
+// the state's lock, for libcurl writes these names anew each time. (The whole list of `curl_version` would wake parts
+// of libcurl that leave memory behind when they are unloaded.)
 bool UsesOpenSsl(const CurlFunctions& curl) noexcept {
-  if (curl.curl_version == nullptr) {
+  if (curl.curl_version_info == nullptr) {
     return true;
   }
-  const std::string_view version = curl.curl_version();
-  return version.find(" OpenSSL/") != std::string_view::npos || version.find(" quictls/") != std::string_view::npos;
+  const LibraryApi::curl_version_info_data* const info = curl.curl_version_info(LibraryApi::CURLVERSION_FIRST);
+  if (info == nullptr || info->ssl_version == nullptr) {
+    return false;
+  }
+  const std::string_view names = info->ssl_version;
+  return names.starts_with("OpenSSL/") || names.find(" OpenSSL/") != std::string_view::npos ||
+         names.starts_with("quictls/") || names.find(" quictls/") != std::string_view::npos;
 }
 
 }  // namespace

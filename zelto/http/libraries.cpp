@@ -93,8 +93,8 @@ void HttpLibraries::LoadCurl(const std::string& folder) {
   Resolve(curl_.curl_easy_getinfo, "curl_easy_getinfo", {module});
   Resolve(curl_.curl_easy_perform, "curl_easy_perform", {module});
   Resolve(curl_.curl_easy_strerror, "curl_easy_strerror", {module});
-  curl_.curl_version =
-      reinterpret_cast<LibraryApi::curl_version_function>(Platform::FindFunction(module, "curl_version"));
+  curl_.curl_version_info =
+      reinterpret_cast<LibraryApi::curl_version_info_function>(Platform::FindFunction(module, "curl_version_info"));
 }
 
 void HttpLibraries::LoadOpenSsl(const std::string& folder) {

@@ -21,7 +21,7 @@ struct CurlFunctions {
   LibraryApi::curl_easy_getinfo_function curl_easy_getinfo;
   LibraryApi::curl_easy_perform_function curl_easy_perform;
   LibraryApi::curl_easy_strerror_function curl_easy_strerror;
-  LibraryApi::curl_version_function curl_version;  ///< may be null
+  LibraryApi::curl_version_info_function curl_version_info;  ///< may be null
 };
 
 /// All null with an OpenSSL that does its own locking (1.1 and newer).

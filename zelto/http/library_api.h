@@ -72,6 +72,17 @@ enum CURLINFO : int {
 inline constexpr long CURL_GLOBAL_ALL = 3;
 inline constexpr long CURLAUTH_ANY = ~(1L << 4);  // every method but one that is a variant of another
 
+// The members that every libcurl has; `age` tells which others follow.
+struct curl_version_info_data {
+  int age;
+  const char* version;
+  unsigned int version_num;
+  const char* host;
+  int features;
+  const char* ssl_version;
+};
+constexpr int CURLVERSION_FIRST = 0;
+
 extern "C" {
 using curl_write_callback = std::size_t (*)(char* data, std::size_t size, std::size_t count, void* user);
 using curl_ssl_ctx_callback = CURLcode (*)(CURL* curl, void* ssl_ctx, void* user);
@@ -84,7 +95,7 @@ using curl_easy_setopt_function = CURLcode (*)(CURL* curl, CURLoption option, ..
 using curl_easy_getinfo_function = CURLcode (*)(CURL* curl, CURLINFO info, ...);
 using curl_easy_perform_function = CURLcode (*)(CURL* curl);
 using curl_easy_strerror_function = const char* (*)(CURLcode code);
-using curl_version_function = const char* (*)();
+using curl_version_info_function = const curl_version_info_data* (*)(int age);
 using curl_slist_append_function = curl_slist* (*)(curl_slist* list, const char* text);
 using curl_slist_free_all_function = void (*)(curl_slist* list);
 

@@ -177,8 +177,17 @@ int curl_easy_getinfo(void*, int info, long* value) {
   return 0;
 }
 
-const char* curl_version() {
-  return GetAnswers().version.c_str();
+const void* curl_version_info(int) {
+  static struct {
+    int age = 0;
+    const char* version = "8.0";
+    unsigned int version_num = 0x080000;
+    const char* host = "stand-in";
+    int features = 0;
+    const char* ssl_version = nullptr;
+  } info;
+  info.ssl_version = GetAnswers().ssl_version.c_str();
+  return &info;
 }
 
 const char* curl_easy_strerror(int code) {

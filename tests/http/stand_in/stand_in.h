@@ -16,8 +16,8 @@ struct Answers {
   bool crypto_malloc = true;  ///< whether CRYPTO_malloc has memory
   int refused_option = 0;     ///< the option that curl_easy_setopt refuses, with `refusal`
   int refusal = 0;
-  std::string version = "libcurl/8.0 OpenSSL/3.0";  ///< of curl_version
-  int perform = 0;                                  ///< result of curl_easy_perform, when the body was taken
+  std::string ssl_version = "OpenSSL/3.0";  ///< of curl_version_info
+  int perform = 0;                          ///< result of curl_easy_perform, when the body was taken
   long status = 200;
   std::vector<std::string> body;          ///< pieces
   std::function<void()> during_transfer;  ///< called within curl_easy_perform
