@@ -1,12 +1,16 @@
 #include "zelto/http/address.h"
 
 #include "tests/http/library_folder.h"
+#include "tests/support/words.h"
 #include "zelto/http/ip_address.h"
 
 #include <string>
+#include <vector>
 
 using namespace Zelto::Utilities;
+using namespace std::string_literals;
 using Zelto::Testing::Catch;
+using Zelto::Testing::Words;
 
 namespace {
 
@@ -42,44 +46,18 @@ TEST(HttpAddress, IsTakenApartAndPutTogether) {
 }
 
 TEST(HttpAddress, IsRefusedWhenItIsMalformed) {
-  const std::wstring zero(1, L'\0');
-  for (const std::wstring& url : {std::wstring(),
-                                  std::wstring(L"h/p"),
-                                  std::wstring(L"http:/h"),
-                                  std::wstring(L"//h/"),
-                                  std::wstring(L"http://"),
-                                  std::wstring(L"http:///p"),
-                                  std::wstring(L"http://u@/"),
-                                  std::wstring(L"http://:80/"),
-                                  std::wstring(L"http://u:p/w@h/"),
-                                  std::wstring(L"http://h:0/"),
-                                  std::wstring(L"http://h:65536/"),
-                                  std::wstring(L"http://h:4294967376/"),
-                                  std::wstring(L"http://h:8o/"),
-                                  std::wstring(L"http://h:-1/"),
-                                  std::wstring(L"http://h:1:2/"),
-                                  std::wstring(L"http://good\\@evil/"),
-                                  std::wstring(L"http://a@b@c/"),
-                                  std::wstring(L"http://h h/"),
-                                  std::wstring(L"http://h%2Fx/"),
-                                  std::wstring(L"http://h%00/"),
-                                  std::wstring(L"http://h%/"),
-                                  std::wstring(L"http://::1/"),
-                                  std::wstring(L"http://[::1/"),
-                                  std::wstring(L"http://[::1]x/"),
-                                  std::wstring(L"http://[1.2.3.4]/"),
-                                  std::wstring(L"http://[h]/"),
-                                  std::wstring(L"http://[]/"),
-                                  std::wstring(L"http://[::1%]/"),
-                                  std::wstring(L"http://[::1%25a/b]/"),
-                                  std::wstring(L"http://h/\r\nX:1"),
-                                  std::wstring(L"http://h/\n"),
-                                  std::wstring(L"http://h/\t"),
-                                  L"http://h" + zero + L"/",
-                                  L"http://h/" + zero,
-                                  std::wstring(L"http://h/\xD800")}) {
+  std::vector<std::wstring> urls = Words(
+      L"h/p http:/h //h/ http:// http:///p http://u@/ http://:80/ http://u:p/w@h/ http://h:0/ http://h:65536/ "
+      L"http://h:4294967376/ http://h:8o/ http://h:-1/ http://h:1:2/ http://good\\@evil/ http://a@b@c/ http://h%2Fx/ "
+      L"http://h%00/ http://h%/ http://::1/ http://[::1/ http://[::1]x/ http://[1.2.3.4]/ http://[h]/ http://[]/ "
+      L"http://[::1%]/ http://[::1%25a/b]/ http://h/\xD800");
+  for (const std::wstring& hostile : {L""s, L"http://h h/"s, L"http://h/\r\nX:1"s, L"http://h/\n"s, L"http://h/\t"s,
+                                      L"http://h\0/"s, L"http://h/\0"s}) {
+    urls.push_back(hostile);
+  }
+  for (const std::wstring& url : urls) {
     const auto thrown = Catch([&] { SplitAddress(url); });
-    EXPECT_EQ(thrown.code, 12005U) << std::string(url.begin(), url.end());
+    EXPECT_EQ(thrown.code, 12005U) << testing::PrintToString(url);
     EXPECT_EQ(thrown.text.substr(0, 13), "Invalid URL: ");
   }
   for (const wchar_t* url : {L"ftp://h/", L"file:///etc/passwd", L"httpx://h/", L" http://h/"}) {
@@ -117,28 +95,12 @@ TEST(IpAddress, IsReadStrictly) {
     ASSERT_TRUE(address) << each.address;
     EXPECT_EQ(IsInNetwork(*address, each.network), each.inside) << each.network << " " << each.address;
   }
-  for (const char* text : {"",
-                           "1.2.3",
-                           "1.2.3.4.5",
-                           "1.2.3.256",
-                           "1.2.3.04",
-                           "1.2.3.",
-                           "1..3.4",
-                           ":",
-                           ":::",
-                           "1::2::3",
-                           "1:2:3:4:5:6:7",
-                           "1:2:3:4:5:6:7:8:9",
-                           "1:2:3:4:5:6:7::8",
-                           "12345::",
-                           "g::",
-                           "1:",
-                           ":1",
-                           "1.2.3.4::",
-                           "::1.2.3.4:5",
-                           "1:2:3:4:5:6:7:1.2.3.4"}) {
+  for (const std::string& text :
+       Words("1.2.3 1.2.3.4.5 1.2.3.256 1.2.3.04 1.2.3. 1..3.4 : ::: 1::2::3 1:2:3:4:5:6:7 1:2:3:4:5:6:7:8:9 "
+             "1:2:3:4:5:6:7::8 12345:: g:: 1: :1 1.2.3.4:: ::1.2.3.4:5 1:2:3:4:5:6:7:1.2.3.4")) {
     EXPECT_FALSE(ParseIpAddress(text)) << text;
   }
+  EXPECT_FALSE(ParseIpAddress(""));
 }
 
 }  // namespace

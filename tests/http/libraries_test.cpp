@@ -1,5 +1,6 @@
 // How the three libraries are loaded, initialised and let go.
 #include "tests/http/library_folder.h"
+#include "tests/support/words.h"
 #include "zelto/platform/process.h"
 
 #include <algorithm>
@@ -63,23 +64,25 @@ TEST_F(HttpLibraries, NameTheFirstFileThatIsMissing) {
 }
 
 TEST_F(HttpLibraries, NameTheFirstFunctionThatIsMissing) {
-  const std::vector<std::pair<std::string, Notes>> parts = {
-      {"ssl",
-       {"SSL_CTX_get_cert_store", "PEM_read_bio_X509", "X509_STORE_add_cert", "X509_free", "BIO_new_mem_buf",
-        "BIO_free"}},
-      {"crypto",
-       {"CRYPTO_malloc", "CRYPTO_num_locks", "CRYPTO_set_locking_callback", "CRYPTO_THREADID_set_callback",
-        "CRYPTO_free", "CRYPTO_THREADID_set_numeric"}},
-      {"curl",
-       {"curl_global_init", "curl_easy_init", "curl_slist_free_all", "curl_easy_cleanup", "curl_global_cleanup",
-        "curl_easy_setopt", "curl_slist_append", "curl_easy_getinfo", "curl_easy_perform", "curl_easy_strerror"}}};
-  for (const auto& [part, functions] : parts) {
-    const std::string file = part == "curl"     ? names.curl[0]
-                             : part == "crypto" ? names.openssl[0].first
-                                                : names.openssl[0].second;
-    for (std::size_t i = functions.size(); i-- > 0;) {
-      Put(part + "_" + std::to_string(i), file);
-      EXPECT_EQ(OpenFails(), (Thrown{"Can't load function: " + functions[i], 127}));
+  const auto& [crypto, ssl] = names.openssl[0];
+  const struct {
+    std::string part;
+    std::string file;
+    Notes functions;
+  } cases[] = {
+      {"ssl", ssl,
+       Words("SSL_CTX_get_cert_store PEM_read_bio_X509 X509_STORE_add_cert X509_free BIO_new_mem_buf BIO_free")},
+      {"crypto", crypto,
+       Words("CRYPTO_malloc CRYPTO_num_locks CRYPTO_set_locking_callback CRYPTO_THREADID_set_callback "
+             "CRYPTO_free CRYPTO_THREADID_set_numeric")},
+      {"curl", names.curl[0],
+       Words(
+           "curl_global_init curl_easy_init curl_slist_free_all curl_easy_cleanup curl_global_cleanup curl_easy_setopt "
+           "curl_slist_append curl_easy_getinfo curl_easy_perform curl_easy_strerror")}};
+  for (const auto& each : cases) {
+    for (std::size_t i = each.functions.size(); i-- > 0;) {
+      Put(each.part + "_" + std::to_string(i), each.file);
+      EXPECT_EQ(OpenFails(), (Thrown{"Can't load function: " + each.functions[i], 127}));
     }
   }
   const Notes notes = TakeNotes();

@@ -12,12 +12,16 @@ using Notes = std::vector<std::string>;
 using HttpOptions = StandInSession;
 
 // What is taken back after every request.
-const Notes kTakenBack = {"POSTFIELDS null",   "HTTPHEADER null",       "WRITEDATA null",
-                          "SSL_CTX_DATA null", "SSL_CTX_FUNCTION null", "PROXYUSERPWD null"};
+const std::string kTakenBack =
+    "POSTFIELDS null; HTTPHEADER null; WRITEDATA null; SSL_CTX_DATA null; SSL_CTX_FUNCTION null; PROXYUSERPWD null; ";
 
-Notes operator+(Notes first, const Notes& second) {
-  first.insert(first.end(), second.begin(), second.end());
-  return first;
+// In the order of the calls.
+std::string Text(const Notes& notes) {
+  std::string text;
+  for (const std::string& note : notes) {
+    text += note + "; ";
+  }
+  return text;
 }
 
 std::string LastOf(const Notes& notes, const std::string& option) {
@@ -35,29 +39,13 @@ std::string ValueOf(const Notes& notes, const std::string& option) {
 
 TEST_F(HttpOptions, OfAPlainGet) {
   Session session(Directory(), false, L"", L"", false, 0, 0);
-  const Notes expected = {"URL 'http://h:8080/p?q'",
-                          "PORT 8080",
-                          "NOSIGNAL 1",
-                          "NOPROGRESS 1",
-                          "FOLLOWLOCATION 0",
-                          "VERIFYPEER 0",
-                          "SSL_CTX_DATA null",
-                          "SSL_CTX_FUNCTION null",
-                          "VERIFYHOST 2",
-                          "CONNECTTIMEOUT 0",
-                          "TIMEOUT 0",
-                          "PROXY ''",
-                          "NOPROXY ''",
-                          "PROXYPORT 0",
-                          "PROXYUSERPWD null",
-                          "curl_slist_append Content-Length:0",
-                          "HTTPHEADER set",
-                          "HTTPGET 1",
-                          "WRITEFUNCTION set",
-                          "WRITEDATA set",
-                          "curl_easy_perform [Content-Length:0]",
-                          "curl_easy_getinfo 2097154"};
-  EXPECT_EQ(NotesOfGet(session, L"http://h:8080/p?q#f"), expected + kTakenBack);
+  EXPECT_EQ(Text(NotesOfGet(session, L"http://h:8080/p?q#f")),
+            "URL 'http://h:8080/p?q'; PORT 8080; NOSIGNAL 1; NOPROGRESS 1; FOLLOWLOCATION 0; VERIFYPEER 0; "
+            "SSL_CTX_DATA null; SSL_CTX_FUNCTION null; VERIFYHOST 2; CONNECTTIMEOUT 0; TIMEOUT 0; "
+            "PROXY ''; NOPROXY ''; PROXYPORT 0; PROXYUSERPWD null; "
+            "curl_slist_append Content-Length:0; HTTPHEADER set; HTTPGET 1; WRITEFUNCTION set; WRITEDATA set; "
+            "curl_easy_perform [Content-Length:0]; curl_easy_getinfo 2097154; " +
+                kTakenBack);
 }
 
 TEST_F(HttpOptions, OfAPostWithEverythingBehindAProxy) {
@@ -73,53 +61,19 @@ TEST_F(HttpOptions, OfAPostWithEverythingBehindAProxy) {
   TakeNotes();
   session.ExecutePostRequest(L"https://u:p@h");
   const std::string body = std::string("{\xE2\x82\xAC}") + '\0' + "x";
-  const Notes expected = {"URL 'https://u:p@h/'",
-                          "PORT 443",
-                          "NOSIGNAL 1",
-                          "NOPROGRESS 1",
-                          "FOLLOWLOCATION 0",
-                          "FAILONERROR 1",
-                          "USERAGENT 'agent\xC3\xA9'",
-                          "VERIFYPEER 0",
-                          "SSLCERTTYPE 'PEM'",
-                          "CAPATH null",
-                          "SSL_OPTIONS 0",
-                          "CAINFO null",
-                          "CA_CACHE_TIMEOUT 0",
-                          "SSL_CTX_DATA set",
-                          "SSL_CTX_FUNCTION set",
-                          "VERIFYPEER 1",
-                          "VERIFYHOST 0",
-                          "CONNECTTIMEOUT 7",
-                          "TIMEOUT 2147483",
-                          "PROXY '[::1]'",
-                          "NOPROXY ''",
-                          "PROXYPORT 3128",
-                          "PROXYAUTH -17",
-                          "PROXYUSERPWD 'us%3Aer%25:p\xC3\xA4:%25s'",
-                          "curl_slist_append Content-Length:7",
-                          "curl_slist_append Content-Type:application/json",
-                          "HTTPHEADER set",
-                          "POST 1",
-                          "POSTFIELDS '{\xE2\x82\xAC}'",
-                          "POSTFIELDSIZE 7",
-                          "WRITEFUNCTION set",
-                          "WRITEDATA set",
-                          "curl_easy_perform [X-\xC3\xA9: v] [N:-2147483648] [Content-Length:7]"
-                          " [Content-Type:application/json] {" +
-                              body + "}",
-                          "BIO_new_mem_buf -1",
-                          "X509_STORE_add_cert PEM 1",
-                          "X509_free",
-                          "BIO_free",
-                          "BIO_new_mem_buf -1",
-                          "BIO_free",
-                          "BIO_new_mem_buf -1",
-                          "X509_STORE_add_cert PEM 2",
-                          "X509_free",
-                          "BIO_free",
-                          "curl_easy_getinfo 2097154"};
-  EXPECT_EQ(TakeNotes(), expected + kTakenBack);
+  EXPECT_EQ(Text(TakeNotes()),
+            "URL 'https://u:p@h/'; PORT 443; NOSIGNAL 1; NOPROGRESS 1; FOLLOWLOCATION 0; FAILONERROR 1; "
+            "USERAGENT 'agent\xC3\xA9'; VERIFYPEER 0; SSLCERTTYPE 'PEM'; CAPATH null; SSL_OPTIONS 0; CAINFO null; "
+            "CA_CACHE_TIMEOUT 0; SSL_CTX_DATA set; SSL_CTX_FUNCTION set; VERIFYPEER 1; VERIFYHOST 0; "
+            "CONNECTTIMEOUT 7; TIMEOUT 2147483; "
+            "PROXY '[::1]'; NOPROXY ''; PROXYPORT 3128; PROXYAUTH -17; PROXYUSERPWD 'us%3Aer%25:p\xC3\xA4:%25s'; "
+            "curl_slist_append Content-Length:7; curl_slist_append Content-Type:application/json; HTTPHEADER set; "
+            "POST 1; POSTFIELDS '{\xE2\x82\xAC}'; POSTFIELDSIZE 7; WRITEFUNCTION set; WRITEDATA set; "
+            "curl_easy_perform [X-\xC3\xA9: v] [N:-2147483648] [Content-Length:7] [Content-Type:application/json] {" +
+                body +
+                "}; BIO_new_mem_buf -1; X509_STORE_add_cert PEM 1; X509_free; BIO_free; BIO_new_mem_buf -1; BIO_free; "
+                "BIO_new_mem_buf -1; X509_STORE_add_cert PEM 2; X509_free; BIO_free; curl_easy_getinfo 2097154; " +
+                kTakenBack);
 }
 
 TEST_F(HttpOptions, TrustACaFileAndNothingElse) {
@@ -142,18 +96,13 @@ TEST_F(HttpOptions, OfOneRequestAreNotLeftToTheNext) {
   session.ResetSession();
   session.ClearCertificates();
   const Notes notes = NotesOfGet(session, L"http://h/");
-  for (const auto& [option, value] :
-       std::vector<std::pair<std::string, std::string>>{{"URL", "'http://h/'"},
-                                                        {"PORT", "80"},
-                                                        {"VERIFYPEER", "0"},
-                                                        {"SSL_CTX_FUNCTION", "null"},
-                                                        {"SSL_CTX_DATA", "null"},
-                                                        {"VERIFYHOST", "2"},
-                                                        {"HTTPGET", "1"},
-                                                        {"POSTFIELDS", ""},
-                                                        {"curl_easy_perform", "[Content-Length:0]"}}) {
-    EXPECT_EQ(option == "curl_easy_perform" ? LastOf(notes, option) : ValueOf(notes, option), value) << option;
+  const std::pair<const char*, const char*> values[] = {
+      {"URL", "'http://h/'"},   {"PORT", "80"},      {"VERIFYPEER", "0"}, {"SSL_CTX_FUNCTION", "null"},
+      {"SSL_CTX_DATA", "null"}, {"VERIFYHOST", "2"}, {"HTTPGET", "1"},    {"POSTFIELDS", ""}};
+  for (const auto& [option, value] : values) {
+    EXPECT_EQ(ValueOf(notes, option), value) << option;
   }
+  EXPECT_EQ(LastOf(notes, "curl_easy_perform"), "[Content-Length:0]");
 }
 
 TEST_F(HttpOptions, PinNothingInTheContextsOfAnotherLibraryThanOpenSsl) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <stdexcept>
 
 using namespace Zelto::Testing;
@@ -96,6 +97,20 @@ TEST_F(HttpSession, GivesTheBodyToACallbackAndItsExceptionToTheCaller) {
 
   session.SetReceiveDataCallback([](char*, std::size_t, std::size_t, void*) -> std::size_t { throw 7; }, &received);
   EXPECT_THROW(session.ExecuteGetRequest(L"http://h/"), int);
+
+  // What libcurl is working with cannot be taken from under it.
+  const std::function<void()> misuses[] = {[&] { session.ExecuteGetRequest(L"http://h/"); },
+                                           [&] { session.ClearHeaders(); },
+                                           [&] { session.SetReceiveDataCallback(nullptr, nullptr); }};
+  for (const auto& misuse : misuses) {
+    session.SetReceiveDataCallback(
+        [&misuse](char*, std::size_t, std::size_t, void*) -> std::size_t {
+          misuse();
+          return 0;
+        },
+        &received);
+    EXPECT_EQ(Catch([&] { session.ExecuteGetRequest(L"http://h/"); }).text, "A request is under way");
+  }
 
   GetAnswers().body = {"text"};
   session.SetReceiveDataCallback([](char*, std::size_t, std::size_t, void*) -> std::size_t { throw 7; }, nullptr);

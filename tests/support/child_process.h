@@ -2,6 +2,7 @@
 /// Another process, for tests that need a real one.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,7 +12,8 @@ namespace Zelto::Testing {
 /// A process that this one started, with its standard input and output. It is killed when it still runs at the end.
 class ChildProcess {
  public:
-  /// Starts a program that stands in the directory of the test program. @param name  without an extension
+  /// Starts a program that stands in the directory of the test program. @param name  without an extension; on Linux a
+  /// program elsewhere by its whole path, too
   ChildProcess(const std::string& name, const std::vector<std::string>& arguments);
   ~ChildProcess();
   ChildProcess(const ChildProcess&) = delete;
@@ -24,8 +26,8 @@ class ChildProcess {
   void CloseInput();
   /// Ends it at once, without any of its own code running.
   void Kill();
-  /// Waits for its end, 60 seconds at most. @return its exit code; -1 when it was killed or still runs
-  int Wait();
+  /// Waits for its end. @return its exit code; -1 when it was killed or still runs
+  int Wait(std::chrono::milliseconds limit = std::chrono::seconds(60));
 
  private:
   struct State;

@@ -2,28 +2,31 @@
 /// Certificates of the test's own, made anew in each run.
 #pragma once
 
-#include <filesystem>
+#include "tests/http/live/shell.h"
+
+#include <fstream>
+#include <stdexcept>
 #include <string>
 
 namespace Zelto::Testing {
 
-/// Makes certificates with their keys in a folder: NAME.pem and NAME.key.
-class CertificateMaker {
- public:
-  explicit CertificateMaker(std::filesystem::path folder);
-
-  /// @param issuer  the name of an authority made before; empty: it signs itself
-  void MakeAuthority(const std::string& name, const std::string& issuer = {});
-  /// @param hosts  as in the extension, e.g. "DNS:localhost,IP:127.0.0.1"
-  void MakeServer(const std::string& name, const std::string& issuer, const std::string& hosts);
-
-  /// A certificate's text.
-  std::string Pem(const std::string& name) const;
-
- private:
-  void Make(const std::string& name, const std::string& issuer, const std::string& extensions);
-
-  const std::filesystem::path folder_;
-};
+/// Makes a certificate and its key: NAME.pem and NAME.key in a folder.
+/// @param issuer      the name of one made before; empty: it signs itself
+/// @param extensions  lines of OpenSSL's configuration
+inline void MakeCertificate(const std::string& folder, const std::string& name, const std::string& issuer,
+                            const std::string& extensions) {
+  const std::string base = folder + "/" + name;
+  const std::string authority = folder + "/" + issuer;
+  std::ofstream(base + ".cnf")
+      << "[req]\ndistinguished_name=name\nprompt=no\nx509_extensions=extensions\n[name]\nCN=Zelto " << name
+      << "\n[extensions]\nsubjectKeyIdentifier=hash\n"
+      << extensions;
+  const Result made = Run("openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2 -config " +
+                          base + ".cnf -keyout " + base + ".key -out " + base + ".pem" +
+                          (issuer.empty() ? "" : " -CA " + authority + ".pem -CAkey " + authority + ".key"));
+  if (made.status != 0) {
+    throw std::runtime_error("openssl: " + made.text);
+  }
+}
 
 }  // namespace Zelto::Testing

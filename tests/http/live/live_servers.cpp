@@ -1,5 +1,6 @@
 #include "tests/http/live/live_servers.h"
 
+#include "tests/http/live/certificates.h"
 #include "tests/support/counter.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +9,6 @@
 #include <algorithm>
 #include <chrono>
 #include <stdexcept>
-#include <thread>
 
 namespace Zelto::Testing {
 
@@ -65,7 +65,7 @@ std::vector<unsigned int> FreePorts(std::size_t count) {
   std::vector<int> sockets;
   std::vector<unsigned int> ports;
   while (sockets.size() < count) {
-    sockets.push_back(ListenOnLoopback(1));
+    sockets.push_back(ListenOnLoopback());
     ports.push_back(PortOf(sockets.back()));
   }
   std::for_each(sockets.begin(), sockets.end(), ::close);
@@ -81,12 +81,15 @@ LiveServers& LiveServers::Get() {
   return *servers;
 }
 
-LiveServers::LiveServers() : certificates_(folder_.Path()), echo_(Echo) {
-  certificates_.MakeAuthority("root");
-  certificates_.MakeAuthority("middle", "root");
-  certificates_.MakeAuthority("stranger");
-  certificates_.MakeServer("server", "middle", "DNS:localhost,IP:127.0.0.1");
-  certificates_.MakeServer("elsewhere", "middle", "DNS:elsewhere.invalid");
+LiveServers::LiveServers() : echo_(Echo) {
+  const std::string folder = folder_.Path();
+  const std::string authority = "basicConstraints=critical,CA:true\nkeyUsage=critical,keyCertSign,cRLSign\n";
+  const std::string server = "basicConstraints=critical,CA:false\nsubjectAltName=";
+  MakeCertificate(folder, "root", "", authority);
+  MakeCertificate(folder, "middle", "root", authority);
+  MakeCertificate(folder, "stranger", "", authority);
+  MakeCertificate(folder, "server", "middle", server + "DNS:localhost,IP:127.0.0.1\n");
+  MakeCertificate(folder, "elsewhere", "middle", server + "DNS:elsewhere.invalid\n");
   for (const std::string name : {"server", "elsewhere"}) {
     WriteFile(folder_ / (std::wstring(name.begin(), name.end()) + L".chain"), Pem(name) + Pem("middle"));
   }
@@ -118,7 +121,7 @@ void LiveServers::StartNginx() {
   };
   const std::string folder = folder_.Path();
   WriteFile(folder_ / L"users", "us\u00E9r:{PLAIN}p@w\n");
-  nginx_ = Start({"nginx", "-e", "stderr", "-p", folder, "-c", folder + "/nginx.conf"}, configure,
+  nginx_ = Start({"/usr/sbin/nginx", "-e", "stderr", "-p", folder, "-c", folder + "/nginx.conf"}, configure,
                  [&] { return !ReadFile(folder_ / L"nginx.pid").empty(); });
 }
 
@@ -130,26 +133,27 @@ void LiveServers::StartProxy() {
               "Port " + std::to_string(proxy_port_) + "\nListen 127.0.0.1\nLogFile \"" + folder +
                   "/proxy.log\"\nLogLevel Info\nBasicAuth agent pa5sword\nMaxClients 50\nTimeout 60\n");
   };
-  proxy_ = Start({"tinyproxy", "-d", "-c", folder + "/tinyproxy.conf"}, configure,
+  proxy_ = Start({"/usr/bin/tinyproxy", "-d", "-c", folder + "/tinyproxy.conf"}, configure,
                  [&] { return ProxyLog().find("Accepting connections") != std::string::npos; });
 }
 
-std::unique_ptr<Program> LiveServers::Start(const std::vector<std::string>& command,
-                                            const std::function<void()>& configure,
-                                            const std::function<bool()>& is_ready) {
+std::unique_ptr<ChildProcess> LiveServers::Start(const std::vector<std::string>& command,
+                                                 const std::function<void()>& configure,
+                                                 const std::function<bool()>& is_ready) {
+  // They go with this process, however it ends.
+  std::vector<std::string> arguments{"--pdeathsig", "KILL"};
+  arguments.insert(arguments.end(), command.begin(), command.end());
   const auto limit = std::chrono::steady_clock::now() + kLimit;
-  const std::filesystem::path output = folder_.Path() / (command[0] + ".output");
   for (int attempt = 0; attempt < 10; ++attempt) {
     configure();
-    auto program = std::make_unique<Program>(command, output);
-    while (!program->HasEnded() && std::chrono::steady_clock::now() < limit) {
+    auto program = std::make_unique<ChildProcess>("/usr/bin/setpriv", arguments);
+    while (program->Wait(std::chrono::milliseconds(5)) < 0 && std::chrono::steady_clock::now() < limit) {
       if (is_ready()) {
         return program;
       }
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
   }
-  throw std::runtime_error(command[0] + " does not start: " + ReadFile(output.wstring()));
+  throw std::runtime_error(command[0] + " does not start");
 }
 
 std::wstring LiveServers::Http(const std::wstring& path) const {

@@ -2,9 +2,8 @@
 /// Real servers on free loopback ports: nginx with HTTP and HTTPS, and tinyproxy. They run for the whole test program.
 #pragma once
 
-#include "tests/http/live/certificates.h"
 #include "tests/http/live/loopback_server.h"
-#include "tests/http/live/program.h"
+#include "tests/support/child_process.h"
 #include "tests/support/temp_folder.h"
 
 #include <functional>
@@ -36,7 +35,7 @@ class LiveServers {
   /// What the proxy has noted so far.
   std::string ProxyLog() const;
 
-  std::string Pem(const std::string& name) const { return certificates_.Pem(name); }
+  std::string Pem(const std::string& name) const { return ReadFile(PemPath(name)); }
   std::wstring PemPath(const std::string& name) const;
   /// Puts a file into the folder that nginx serves.
   void Serve(const std::wstring& name, const std::string& bytes) { WriteFile(root_ / name, bytes); }
@@ -45,19 +44,18 @@ class LiveServers {
   void StartNginx();
   void StartProxy();
   /// Another process may take a free port before the program does: then the program ends and gets others.
-  std::unique_ptr<Program> Start(const std::vector<std::string>& command, const std::function<void()>& configure,
-                                 const std::function<bool()>& is_ready);
+  std::unique_ptr<ChildProcess> Start(const std::vector<std::string>& command, const std::function<void()>& configure,
+                                      const std::function<bool()>& is_ready);
 
   TempFolder folder_;
   TempFolder root_;
-  CertificateMaker certificates_;
   LoopbackServer echo_;
   unsigned int http_port_ = 0;
   unsigned int https_port_ = 0;
   unsigned int elsewhere_port_ = 0;
   unsigned int proxy_port_ = 0;
-  std::unique_ptr<Program> nginx_;
-  std::unique_ptr<Program> proxy_;
+  std::unique_ptr<ChildProcess> nginx_;
+  std::unique_ptr<ChildProcess> proxy_;
 };
 
 }  // namespace Zelto::Testing

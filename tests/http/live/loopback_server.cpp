@@ -14,14 +14,6 @@ namespace Zelto::Testing {
 
 namespace {
 
-sockaddr_in LoopbackAddress(unsigned int port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return address;
-}
-
 std::size_t BodyLength(const std::string& head) {
   const std::size_t field = head.find("Content-Length:");
   return field == std::string::npos ? 0 : std::strtoul(head.c_str() + field + 15, nullptr, 10);
@@ -29,11 +21,13 @@ std::size_t BodyLength(const std::string& head) {
 
 }  // namespace
 
-int ListenOnLoopback(int backlog) {
+int ListenOnLoopback() {
   const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  const sockaddr_in address = LoopbackAddress(0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   if (::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-      ::listen(listener, backlog) != 0) {
+      ::listen(listener, 64) != 0) {
     throw std::runtime_error("no free loopback port");
   }
   return listener;
@@ -58,11 +52,7 @@ std::string Connection::ReadRequest() {
     request.append(buffer, static_cast<std::size_t>(count));
     const std::size_t end = request.find("\r\n\r\n");
     if (whole == std::string::npos && end != std::string::npos) {
-      const std::string head = request.substr(0, end);
-      whole = end + 4 + BodyLength(head);
-      if (request.size() < whole && head.find("Expect: 100-continue") != std::string::npos) {
-        Write("HTTP/1.1 100 Continue\r\n\r\n");
-      }
+      whole = end + 4 + BodyLength(request.substr(0, end));
     }
   }
   return request;
@@ -90,7 +80,7 @@ void Connection::Reset() {
 }
 
 LoopbackServer::LoopbackServer(std::function<void(Connection&)> handler)
-    : handler_(std::move(handler)), listener_(ListenOnLoopback(64)), port_(PortOf(listener_)) {
+    : handler_(std::move(handler)), listener_(ListenOnLoopback()), port_(PortOf(listener_)) {
   acceptor_ = std::thread([this] { Accept(); });
 }
 
@@ -135,19 +125,6 @@ void LoopbackServer::Serve(int socket) {
   const std::lock_guard lock(mutex_);
   open_.erase(std::find(open_.begin(), open_.end(), socket));
   ::close(socket);
-}
-
-FullPort::FullPort() {
-  sockets_.push_back(ListenOnLoopback(0));
-  const sockaddr_in address = LoopbackAddress(Port());
-  for (int i = 0; i < 8; ++i) {
-    sockets_.push_back(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    ::connect(sockets_.back(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
-  }
-}
-
-FullPort::~FullPort() {
-  std::for_each(sockets_.begin(), sockets_.end(), ::close);
 }
 
 }  // namespace Zelto::Testing

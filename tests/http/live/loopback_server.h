@@ -12,7 +12,7 @@
 namespace Zelto::Testing {
 
 /// Opens a listening socket on a free port of the loopback address.
-int ListenOnLoopback(int backlog);
+int ListenOnLoopback();
 /// The port that a socket is bound to.
 unsigned int PortOf(int socket);
 
@@ -58,20 +58,6 @@ class LoopbackServer {
   std::vector<std::thread> handlers_;
   bool stopping_ = false;
   std::thread acceptor_;
-};
-
-/// A port on which connections are never accepted: its queue is full.
-class FullPort {
- public:
-  FullPort();
-  ~FullPort();
-  FullPort(const FullPort&) = delete;
-  FullPort& operator=(const FullPort&) = delete;
-
-  unsigned int Port() const { return PortOf(sockets_[0]); }
-
- private:
-  std::vector<int> sockets_;
 };
 
 }  // namespace Zelto::Testing

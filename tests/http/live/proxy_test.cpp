@@ -55,12 +55,10 @@ TEST(Proxy, ComesFromTheEnvironmentWithItsExceptions) {
   CurlWrapper direct = NewWrapper();  // the system's proxy was not asked for
   EXPECT_EQ(Get(direct, servers.Http(L"/via")), Answered(200));
   EXPECT_FALSE(WentThroughTheProxy(direct));
-  for (const char* exceptions : {"127.0.0.1", "elsewhere.invalid,127.0.0.1", "*"}) {
-    const ScopedVariable list("no_proxy", exceptions);
-    CurlWrapper excepted = NewWrapper({.system_proxy = true});
-    EXPECT_EQ(Get(excepted, servers.Http(L"/via")), Answered(200));
-    EXPECT_FALSE(WentThroughTheProxy(excepted)) << exceptions;
-  }
+  const ScopedVariable list("no_proxy", "127.0.0.1");
+  CurlWrapper excepted = NewWrapper({.system_proxy = true});
+  EXPECT_EQ(Get(excepted, servers.Http(L"/via")), Answered(200));
+  EXPECT_FALSE(WentThroughTheProxy(excepted));
 }
 
 }  // namespace Zelto::Testing

@@ -135,27 +135,4 @@ TEST(Transfer, PostsBodiesThatComeBackByteByByte) {
   EXPECT_EQ(wrapper.GetHttpResponse(), L"/uri");
 }
 
-TEST(Transfer, RefusesWhatIsNoAddressOrNoHeaderBeforeAnyTransfer) {
-  LoopbackServer server([](Connection&) { ADD_FAILURE() << "connected"; });
-  CurlWrapper wrapper = NewWrapper();
-  const std::wstring authority = L"127.0.0.1:" + std::to_wstring(server.Port());
-  const std::wstring kUrls[] = {L"",
-                                L"http://",
-                                L"file:///etc/passwd",
-                                L"ftp://" + authority + L"/",
-                                L"//" + authority + L"/",
-                                L"http://" + authority + L"0000/",
-                                L"http://[::1/",
-                                L"http://a b/",
-                                server.Url(L"/a\r\nX-Injected: 1"),
-                                server.Url(std::wstring(L"/a\0b", 4)),
-                                L"http://127.0.0.1\r\n:" + std::to_wstring(server.Port()) + L"/"};
-  for (const std::wstring& url : kUrls) {
-    EXPECT_THROW(wrapper.ExecuteGetRequest(url), std::exception) << StringUtilities::Utf16ToUtf8(url);
-    wrapper.ClearHeaders();
-  }
-  EXPECT_THROW(wrapper.AddHeader(L"X", L"a\r\nX-Injected: 1"), std::exception);
-  EXPECT_THROW(wrapper.AddHeader(L"X\n", L"a"), std::exception);
-}
-
 }  // namespace Zelto::Testing

@@ -84,14 +84,15 @@ void ChildProcess::Kill() {
   }
 }
 
-int ChildProcess::Wait() {
-  for (int i = 0; i < 6000 && !state_->ended; ++i) {
+int ChildProcess::Wait(std::chrono::milliseconds limit) {
+  constexpr std::chrono::milliseconds kStep{5};
+  for (; limit.count() > 0 && !state_->ended; limit -= kStep) {
     int status = 0;
     if (::waitpid(state_->id, &status, WNOHANG) == state_->id) {
       state_->ended = true;
       state_->exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     } else {
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      std::this_thread::sleep_for(kStep);
     }
   }
   return state_->exit_code;

@@ -89,9 +89,9 @@ void ChildProcess::Kill() {
   }
 }
 
-int ChildProcess::Wait() {
+int ChildProcess::Wait(std::chrono::milliseconds limit) {
   DWORD code = 0;
-  const bool ended = ::WaitForSingleObject(state_->process, 60000) == WAIT_OBJECT_0;
+  const bool ended = ::WaitForSingleObject(state_->process, static_cast<DWORD>(limit.count())) == WAIT_OBJECT_0;
   ::GetExitCodeProcess(state_->process, &code);
   return ended && !state_->killed ? static_cast<int>(code) : -1;
 }
