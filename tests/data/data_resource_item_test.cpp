@@ -72,6 +72,9 @@ TEST(DataResourceItem, LeavesOutAnEmptyIdAndType) {
   EXPECT_EQ(bare.GetId() + bare.GetType(), L"");
   DataResourceItem item(L"1", L"device");
   EXPECT_EQ(TextOf(item), L"{\"attributes\":{},\"id\":\"1\",\"type\":\"device\"}");
+  bare.SetId(L"1");
+  bare.SetType(L"device");
+  EXPECT_EQ(TextOf(bare), TextOf(item));
 }
 
 TEST(DataResourceItem, KeepsTypedValuesInItsAttributes) {

@@ -46,7 +46,10 @@ TEST_F(HttpSession, AccumulatesHeadersUntilTheyAreCleared) {
   EXPECT_EQ(LinesOfGet(session), " [A:1] [Content-Length:0] [Content-Type:application/xml] [Content-Length:0]");
   session.ClearHeaders();
   EXPECT_EQ(LinesOfGet(session), " [Content-Length:0]");
+  session.SetContentType(Curl_ContentType::TextPlain);
+  EXPECT_EQ(LinesOfGet(session), " [Content-Length:0] [Content-Length:0] [Content-Type:text/plain]");
   session.SetContentType(Curl_ContentType::TextHtml);
+  EXPECT_TRUE(LinesOfGet(session).ends_with("[Content-Type:text/html]"));
   session.ResetSession();
   EXPECT_EQ(LinesOfGet(session), " [Content-Length:0]");
   EXPECT_EQ(Catch([&] { session.SetContentType(static_cast<Curl_ContentType>(5)); }).text, "unrecognized content type");

@@ -25,22 +25,20 @@ TEST(LastError, IsReplacedByAFailingCallOfTheSystem) {
 }
 
 TEST(LastError, BelongsToItsThread) {
-  std::atomic<int> step{0};
-  const auto next = [&step](int from) {
-    step = from;
-    while (step == from) {
-      std::this_thread::yield();
-    }
-  };
+  std::atomic<bool> begin{false};
+  std::atomic<bool> done{false};
   std::thread thread([&] {
-    while (step != 1) {
+    while (!begin) {
       std::this_thread::yield();
     }
     SetLastErrorCode(kTimeout);
-    step = 2;
+    done = true;
   });
   SetLastErrorCode(kPipeBusy);
-  next(1);
+  begin = true;
+  while (!done) {
+    std::this_thread::yield();
+  }
   EXPECT_EQ(GetLastErrorCode(), kPipeBusy);
   thread.join();
 }

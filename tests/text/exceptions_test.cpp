@@ -80,6 +80,7 @@ TEST(SystemErrorCategory, CodesEqualGenericConditions) {
   EXPECT_TRUE(is(183, std::errc::file_exists));
   EXPECT_TRUE(is(1460, std::errc::timed_out));
   EXPECT_FALSE(is(1234, std::errc::io_error));
+  EXPECT_TRUE(is(0, std::errc{}));
   EXPECT_FALSE(is(234, std::errc{}));
   EXPECT_FALSE(std::error_code(2, category) == std::error_code(2, std::system_category()));
 }

@@ -31,6 +31,13 @@ TEST(SafeSprintf, CharactersAboveTheUnitsAreTheirPairs) {
   const std::wstring pair = {static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(0xDE00)};
   EXPECT_EQ(SU::SafeSprintf(L"\U0001F600%s|%4s|%.1s", L"\U0001F600", L"\U0001F600", L"\U0001F600"),
             pair + pair + L"|  " + pair + L"|" + pair[0]);
+  if constexpr (sizeof(wchar_t) > 2) {  // beyond Unicode
+    const std::wstring beyond(1, static_cast<wchar_t>(std::uint32_t{0x110000}));
+    EXPECT_EQ(SU::SafeSprintf(beyond.c_str()), L"");
+    EXPECT_EQ(SU::SafeSprintf(L"a%s", beyond.c_str()), L"");
+    EXPECT_EQ(SU::FormatMessageW(beyond.c_str()), L"");
+    EXPECT_EQ(SU::FormatMessageW((L"%" + beyond).c_str()), L"");
+  }
 }
 
 TEST(SafeSprintf, IntegersHaveTheSizesOfWindows) {

@@ -85,6 +85,10 @@ TEST(Stopwatch, AddsUpOnlyWhileItRuns) {
   stopwatch.Start();
   pass(Clock::now() + std::chrono::milliseconds(1));
   EXPECT_GE(stopwatch.GetElapsed() - first, TimeSpan::From(1, TimeUnit::Milliseconds));
+  const TimeSpan longest = stopwatch.GetElapsed();
+  stopwatch.Restart();
+  stopwatch.Stop();
+  EXPECT_LT(stopwatch.GetElapsed(), longest);
   stopwatch.Reset();
   EXPECT_FALSE(stopwatch.IsRunning());
   EXPECT_EQ(stopwatch.GetElapsed(), TimeSpan());

@@ -82,7 +82,7 @@ TEST(UtcTimeText, ReadsIso8601AtFixedPositions) {
   }
   // These pass the test and are read at the wrong places: a field is garbage, or lies at or behind the end.
   for (const wchar_t* text : {L"20171108T15:44:56Z", L"2017-11-08T25:44:56", L"2017-02-30T00:00:00",
-                              L"1600-12-31T23:59:59", L"20171108ZZZZZZZZZ"}) {
+                              L"1600-12-31T23:59:59", L"20171108ZZZZZZZZZ", L"2017-11-08Z-90:00"}) {
     EXPECT_NE(TextOf<Win32Exception>(text, Form::ISO8601).find("Can't convert system time to file time"),
               std::string::npos)
         << StringUtilities::Utf16ToUtf8(text);
@@ -91,6 +91,8 @@ TEST(UtcTimeText, ReadsIso8601AtFixedPositions) {
     EXPECT_EQ(TextOf<std::out_of_range>(text, Form::ISO8601), "invalid string position");
   }
   EXPECT_EQ(Read(L"2017-1108T15:44:56").ToString(Form::ISO8601, false), L"2017-11-08T05:04:06");
+  EXPECT_EQ(Read(L"2017-11-08Z+90:00").ToString(Form::ISO8601, false), L"2017-11-08T09:00:00");
+  EXPECT_EQ(Read(L"20171108 15:44:56").ToString(Form::ISO8601, false), L"2017-10-01T00:00:00");
   // A position that equals the length reads as 0.
   EXPECT_EQ(Read(L"2017-11-08ZZZZZZZ").ToString(Form::ISO8601, false), L"2017-11-08T00:00:00");
   for (const wchar_t* text : {L"", L"2017", L"2017-11-08x", L"2017-11-08T15:44", L"today"}) {
