@@ -46,32 +46,6 @@ class TimerQueueTest : public testing::Test {
   std::shared_ptr<TimerQueue> queue_;
 };
 
-TEST_F(TimerQueueTest, ATimerWithoutPeriodFiresOnceAndNotEarly) {
-  struct Record {
-    Counter count;
-    steady_clock::time_point fired;
-    unsigned char argument = 0;
-  } record;
-  const auto started = steady_clock::now();
-  const auto fire = [](void* parameter, unsigned char fired) {
-    auto& seen = *static_cast<Record*>(parameter);
-    seen.fired = steady_clock::now();
-    seen.argument = fired;
-    seen.count.Add();
-  };
-  void* const timer = Start(fire, &record, 50, 0);
-  ASSERT_TRUE(record.count.WaitFor(1));
-  EXPECT_GE(record.fired - started, milliseconds(35));  // the system's clock may tick coarsely
-  EXPECT_EQ(record.argument, 1);
-  // Several rounds of another timer leave time for a second firing that must not come.
-  Counter rounds;
-  void* const other = Start(Count, &rounds, 50, 50);
-  ASSERT_TRUE(rounds.WaitFor(4));
-  EXPECT_EQ(record.count.Value(), 1);
-  EXPECT_EQ(queue_->DeleteTimer(other), kSuccess);
-  EXPECT_EQ(queue_->DeleteTimer(timer), kSuccess);
-}
-
 TEST_F(TimerQueueTest, APeriodicTimerKeepsItsBeatUntilItIsDeleted) {
   Counter count;
   const auto started = steady_clock::now();

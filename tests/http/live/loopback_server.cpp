@@ -6,7 +6,6 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -81,7 +80,7 @@ void Connection::Reset() {
 
 LoopbackServer::LoopbackServer(std::function<void(Connection&)> handler)
     : handler_(std::move(handler)), listener_(ListenOnLoopback()), port_(PortOf(listener_)) {
-  acceptor_ = std::thread([this] { Accept(); });
+  thread_ = std::thread([this] { Serve(); });
 }
 
 LoopbackServer::~LoopbackServer() {
@@ -89,14 +88,9 @@ LoopbackServer::~LoopbackServer() {
     const std::lock_guard lock(mutex_);
     stopping_ = true;
     ::shutdown(listener_, SHUT_RDWR);
-    for (const int socket : open_) {
-      ::shutdown(socket, SHUT_RDWR);
-    }
+    ::shutdown(open_, SHUT_RDWR);
   }
-  acceptor_.join();
-  for (std::thread& handler : handlers_) {
-    handler.join();
-  }
+  thread_.join();
   ::close(listener_);
 }
 
@@ -104,27 +98,21 @@ std::wstring LoopbackServer::Url(const std::wstring& path) const {
   return L"http://127.0.0.1:" + std::to_wstring(port_) + path;
 }
 
-void LoopbackServer::Accept() {
-  for (;;) {
-    const int socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-    const std::lock_guard lock(mutex_);
-    if (socket < 0 || stopping_) {
-      ::close(socket);
-      return;
+void LoopbackServer::Serve() {
+  for (int socket; (socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+    const int at_once = 1;
+    ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &at_once, sizeof at_once);
+    std::unique_lock lock(mutex_);
+    if (!stopping_) {
+      open_ = socket;
+      lock.unlock();
+      Connection connection(socket);
+      handler_(connection);
+      lock.lock();
+      open_ = -1;
     }
-    open_.push_back(socket);
-    handlers_.emplace_back([this, socket] { Serve(socket); });
+    ::close(socket);
   }
-}
-
-void LoopbackServer::Serve(int socket) {
-  const int at_once = 1;
-  ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &at_once, sizeof at_once);
-  Connection connection(socket);
-  handler_(connection);
-  const std::lock_guard lock(mutex_);
-  open_.erase(std::find(open_.begin(), open_.end(), socket));
-  ::close(socket);
 }
 
 }  // namespace Zelto::Testing

@@ -7,7 +7,6 @@
 #include <string>
 #include <string_view>
 #include <thread>
-#include <vector>
 
 namespace Zelto::Testing {
 
@@ -33,11 +32,11 @@ class Connection {
   int socket_;
 };
 
-/// Calls a handler for each connection, on a thread of its own; the connection is closed after it.
+/// Calls a handler for one connection after the other, on a thread of its own; each is closed after it.
 class LoopbackServer {
  public:
   explicit LoopbackServer(std::function<void(Connection&)> handler);
-  /// Ends what is open and waits for the handlers.
+  /// Ends what is open and waits for the handler.
   ~LoopbackServer();
   LoopbackServer(const LoopbackServer&) = delete;
   LoopbackServer& operator=(const LoopbackServer&) = delete;
@@ -47,17 +46,15 @@ class LoopbackServer {
   std::wstring Url(const std::wstring& path) const;
 
  private:
-  void Accept();
-  void Serve(int socket);
+  void Serve();
 
   const std::function<void(Connection&)> handler_;
   const int listener_;
   const unsigned int port_;
   std::mutex mutex_;
-  std::vector<int> open_;
-  std::vector<std::thread> handlers_;
+  int open_ = -1;
   bool stopping_ = false;
-  std::thread acceptor_;
+  std::thread thread_;
 };
 
 }  // namespace Zelto::Testing
