@@ -4,6 +4,7 @@
 #include "zelto/platform/process.h"
 
 #include <algorithm>
+#include <fstream>
 #include <memory>
 #include <thread>
 
@@ -111,6 +112,20 @@ TEST_F(HttpLibraries, FallBackToTheirSuccessors) {
     Remove(curl);
   }
   EXPECT_EQ(OpenFails(), NotLoaded(names.curl[0]));
+}
+
+TEST_F(HttpLibraries, OfARelativeDirectoryAreThoseBelowTheCurrentFolderAlone) {
+  // Beside the program, where a loader may look first, stands something of the same name.
+  const std::filesystem::path name = folder.Path().filename();
+  const std::filesystem::path decoy = std::filesystem::path(STAND_IN_FOLDER).parent_path() / name;
+  std::filesystem::create_directory(decoy);
+  std::ofstream(decoy / names.curl[0]) << "no library";
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(folder.Path().parent_path());
+  const Thrown thrown = Catch([&] { Open(name.wstring()); });
+  std::filesystem::current_path(before);
+  std::filesystem::remove_all(decoy);
+  EXPECT_EQ(thrown, Thrown());
 }
 
 TEST_F(HttpLibraries, OfTheNewLineNeedNoLocks) {

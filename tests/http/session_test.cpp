@@ -66,9 +66,7 @@ TEST_F(HttpSession, AddsItsOwnHeadersThroughTheVirtualTable) {
   class Censor : public Session {
    public:
     using Session::Session;
-    void AddHeader(const std::wstring& name, std::int32_t value) override {
-      CurlWrapper::AddHeader(L"N-" + name, value);
-    }
+    void AddHeader(const std::wstring& name, long value) override { CurlWrapper::AddHeader(L"N-" + name, value); }
     void AddHeader(const std::wstring& name, const std::wstring& value) override {
       CurlWrapper::AddHeader(L"S-" + name, value);
     }

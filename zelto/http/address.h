@@ -2,6 +2,8 @@
 /// Addresses of requests, taken apart. Not installed.
 #pragma once
 
+#include "zelto/http/secret.h"
+
 #include <zelto/export.h>
 
 #include <cstdint>
@@ -17,6 +19,8 @@ struct Address {
   std::string host;        ///< a name, an IPv4 address, or an IPv6 address in brackets
   std::uint16_t port = 0;  ///< the one that was given, else 80 or 443; never 0
   std::string path;        ///< begins with a slash and has the query in it
+
+  ~Address() { Wipe(user_info); }
 
   /// The whole address; the port stands in it when it is not the scheme's own.
   ZELTO_API std::string ToText() const;

@@ -27,7 +27,10 @@ CurlWrapper::CurlWrapper(const std::wstring& libraryDirectory, bool useSystemPro
   OpenSession();
   if (useSystemProxy) {
     try {
-      system_proxy_ = std::make_unique<SystemProxyRules>(Platform::ReadSystemProxy());
+      Platform::SystemProxyTexts texts = Platform::ReadSystemProxy();
+      const WipeAtEnd wipe_http(texts.http);
+      const WipeAtEnd wipe_https(texts.https);
+      system_proxy_ = std::make_unique<SystemProxyRules>(texts);
     } catch (...) {
       CloseSession();
       throw;
@@ -69,7 +72,7 @@ void CurlWrapper::CloseSession() noexcept {
   session_ = nullptr;
 }
 
-void CurlWrapper::AddHeader(const std::wstring& name, std::int32_t value) {
+void CurlWrapper::AddHeader(const std::wstring& name, long value) {
   const std::string digits = std::to_string(value);
   AddHeader(name, std::wstring(digits.begin(), digits.end()));
 }
@@ -143,8 +146,9 @@ void CurlWrapper::DisableHostVerification() {
 }
 
 void CurlWrapper::SetCommandBody(const std::wstring& body) {
+  std::wstring next = body;
   Wipe(command_body_);
-  command_body_ = body;
+  command_body_ = std::move(next);
 }
 
 void CurlWrapper::ExecutePostRequest(const std::wstring& url) {

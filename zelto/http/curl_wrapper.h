@@ -66,8 +66,9 @@ class ZELTO_API CurlWrapper : public ICurlWrapper {
 
   /// Loads the libraries and opens a session.
   ///
-  /// @param libraryDirectory  where the libraries are, with or without a separator at its end; empty: where the file
-  ///                          that holds this code is (zelto.dll or libzelto.so; in a static build the program)
+  /// @param libraryDirectory  where the libraries are, with or without a separator at its end; a relative one counts
+  ///                          from the current folder; empty: where the file that holds this code is (zelto.dll or
+  ///                          libzelto.so; in a static build the program)
   /// @param useSystemProxy    take the proxy of the system's settings, as they are now. Windows: the user's own setting
   ///                          with its exceptions, by `WinHttpGetIEProxyConfigForCurrentUser`; a configuration script
   ///                          is not run. Linux: `http_proxy`, `https_proxy` (or `HTTPS_PROXY`), else `all_proxy` (or
@@ -106,7 +107,7 @@ class ZELTO_API CurlWrapper : public ICurlWrapper {
   ~CurlWrapper() override;
 
   /// Adds a header with a number in decimal, by the other form.
-  void AddHeader(const std::wstring& name, std::int32_t value) override;
+  void AddHeader(const std::wstring& name, long value) override;
 
   /// Adds the line name + ":" + value, without a blank between, to the headers of the next and all later requests.
   ///

@@ -26,7 +26,7 @@ class ZELTO_API ICurlWrapper {
  public:
   virtual ~ICurlWrapper() = default;
 
-  virtual void AddHeader(const std::wstring& name, std::int32_t value) = 0;
+  virtual void AddHeader(const std::wstring& name, long value) = 0;
   virtual void AddHeader(const std::wstring& name, const std::wstring& value) = 0;
   virtual void SetContentType(std::wstring contentType) = 0;
   virtual void SetContentType(Curl_ContentType contentType) = 0;

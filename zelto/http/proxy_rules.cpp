@@ -54,22 +54,27 @@ std::optional<Proxy> ParseProxy(std::string_view text) {
   }
   const std::size_t scheme_end = text.find("://");
   const std::string scheme = scheme_end == kNone ? "http" : ToLower(text.substr(0, scheme_end));
-  const std::string rest(scheme_end == kNone ? text : text.substr(scheme_end + 3));
+  const std::string_view rest = scheme_end == kNone ? text : text.substr(scheme_end + 3);
   constexpr std::string_view kSchemes[] = {"http", "https", "socks4", "socks4a", "socks5", "socks5h"};
   if (std::find(std::begin(kSchemes), std::end(kSchemes), scheme) == std::end(kSchemes)) {
     throw Win32Exception("Invalid system proxy", Platform::kInvalidData);
   }
   try {
     const bool is_socks = scheme.compare(0, 5, "socks") == 0;
-    const Address address = SplitAddress((scheme == "https" ? "https://" : "http://") + rest);
+    const auto split_as = [rest](std::string url) {
+      const WipeAtEnd wipe(url.append(rest));
+      return SplitAddress(std::string_view(url));
+    };
+    const Address address = split_as(scheme == "https" ? "https://" : "http://");
     Proxy proxy;
     proxy.host = scheme == "http" ? address.host : scheme + "://" + address.host;
     // A port that depends on the scheme was not given.
-    const bool has_port = !is_socks || SplitAddress("https://" + rest).port == address.port;
+    const bool has_port = !is_socks || split_as("https://").port == address.port;
     proxy.port = has_port ? address.port : kSocksPort;
-    const std::size_t colon = address.user_info.find(':');
-    proxy.user = Unescape(address.user_info.substr(0, colon));
-    proxy.password = colon == std::string::npos ? "" : Unescape(address.user_info.substr(colon + 1));
+    const std::string_view user_info = address.user_info;
+    const std::size_t colon = user_info.find(':');
+    proxy.user = Unescape(user_info.substr(0, colon));
+    proxy.password = colon == kNone ? "" : Unescape(user_info.substr(colon + 1));
     return proxy;
   } catch (const Win32Exception&) {
     // Without the reason's text: user and password may stand in the setting.

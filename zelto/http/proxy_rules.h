@@ -3,6 +3,7 @@
 #pragma once
 
 #include "zelto/http/address.h"
+#include "zelto/http/secret.h"
 #include "zelto/platform/system_proxy.h"
 
 #include <zelto/export.h>
@@ -20,6 +21,8 @@ struct Proxy {
   std::uint32_t port = 0;  ///< 0: libcurl's own
   std::string user;        ///< as they are, not percent-encoded
   std::string password;
+
+  ~Proxy() { Wipe(password); }
 };
 
 /// The system's settings, read. Immutable.

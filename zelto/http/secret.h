@@ -27,4 +27,17 @@ void WipeIfUsed(std::basic_string<Unit>& text) noexcept {
   }
 }
 
+/// Wipes a text at the end of a scope, however it ends.
+template <class Unit>
+class WipeAtEnd {
+ public:
+  explicit WipeAtEnd(std::basic_string<Unit>& text) noexcept : text_(text) {}
+  ~WipeAtEnd() { Wipe(text_); }
+  WipeAtEnd(const WipeAtEnd&) = delete;
+  WipeAtEnd& operator=(const WipeAtEnd&) = delete;
+
+ private:
+  std::basic_string<Unit>& text_;
+};
+
 }  // namespace Zelto::Utilities

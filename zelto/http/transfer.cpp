@@ -49,7 +49,6 @@ CurlWrapper::Transfer::~Transfer() {
   }
   if (session_.last_address_ && !session_.last_address_->address.user_info.empty()) {
     Wipe(session_.last_address_->url);
-    Wipe(session_.last_address_->address.user_info);
     Wipe(session_.last_address_->text);
     session_.last_address_.reset();
   }
@@ -58,7 +57,9 @@ CurlWrapper::Transfer::~Transfer() {
 
 void CurlWrapper::Transfer::SetAddress(const std::wstring& url) {
   if (!session_.last_address_ || session_.last_address_->url != url) {
-    auto fresh = std::make_unique<LastAddress>(LastAddress{url, SplitAddress(url), {}});
+    auto fresh = std::make_unique<LastAddress>();
+    fresh->address = SplitAddress(url);
+    fresh->url = url;
     fresh->text = fresh->address.ToText();
     session_.last_address_ = std::move(fresh);
   }
@@ -119,19 +120,22 @@ void CurlWrapper::Transfer::SetTimeouts() {
 
 void CurlWrapper::Transfer::SetProxy() {
   Proxy proxy = ChooseProxy();
-  // An empty text keeps libcurl from looking into the environment; so does the empty list of exceptions.
+  // Empty texts keep libcurl from looking into the environment.
+  SetWhereKnown(CURLOPT_NOPROXY, "");
+  if (proxy.host.empty()) {
+    SetWhereKnown(CURLOPT_PROXY, "");
+    return;
+  }
   SetText(CURLOPT_PROXY, "A proxy's host", proxy.host);
-  SetText(CURLOPT_NOPROXY, "A proxy's host", std::string());
   Set(CURLOPT_PROXYPORT, static_cast<long>(proxy.port));
   std::string credentials;
-  if (!proxy.host.empty() && !proxy.user.empty()) {
+  if (!proxy.user.empty()) {
     Set(CURLOPT_PROXYAUTH, CURLAUTH_ANY);
     credentials.reserve((proxy.user.size() + proxy.password.size()) * 3 + 1);
     AppendEscaped(credentials, proxy.user, "%:");
     credentials += ':';
     AppendEscaped(credentials, proxy.password, "%");
   }
-  WipeIfUsed(proxy.password);
   const bool has_line_break = HasLineBreak<char>(credentials);
   const CURLcode result =
       has_line_break ? CURLE_OK : TrySet(CURLOPT_PROXYUSERPWD, credentials.empty() ? nullptr : credentials.c_str());
@@ -173,7 +177,7 @@ void CurlWrapper::Transfer::SetHeaders(const std::wstring& verb) {
   }
   // Never destroyed: a request may be made while static objects are being destroyed.
   static const std::wstring& kContentLength = *new std::wstring(L"Content-Length");
-  session_.AddHeader(kContentLength, static_cast<std::int32_t>(body_.size()));
+  session_.AddHeader(kContentLength, static_cast<long>(body_.size()));
   if (!session_.content_type_.empty()) {
     session_.AddHeader(L"Content-Type", session_.content_type_);
   }

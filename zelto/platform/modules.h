@@ -33,14 +33,13 @@ using UniqueModule = std::unique_ptr<void, ModuleHandleDeleter>;
 /// Loads a module by its path. Nothing of it becomes visible to modules that are loaded later.
 ///
 /// Windows: `LoadLibraryExA`, so the path must be representable in the system's code page; the modules that it needs
-/// are looked for beside it first, if the path is absolute. No message box is shown. Linux: `dlopen` with `RTLD_NOW`
-/// and `RTLD_LOCAL`.
+/// are looked for beside it first. No message box is shown. Linux: `dlopen` with `RTLD_NOW` and `RTLD_LOCAL`.
 ///
-/// @param path   narrow; on Linux UTF-8
+/// @param path   narrow, on Linux UTF-8; with a folder, which counts from the current one unless it is absolute
 /// @param error  0; `kModuleNotFound` when there is no such file, on Windows also when one that it needs is missing;
 ///               otherwise the error, on Linux `kBadExeFormat` for whatever the loader does not like
 /// @return       null on an error
-ZELTO_API UniqueModule LoadModule(const std::string& path, ErrorCode& error) noexcept;
+ZELTO_API UniqueModule LoadModule(const std::string& path, ErrorCode& error);
 
 /// Finds a function of a module by its public name. Windows: `GetProcAddress`. Linux: `dlsym`, which also looks at the
 /// modules that this one was linked with.

@@ -37,7 +37,7 @@ TEST_F(EnvironmentProxy, IsTakenWithItsExceptionsWhenAskedForAndNeverOtherwise) 
   Session session(Directory(), true, L"", L"", false, 0, 0);
   Session other(Directory(), false, L"", L"", false, 0, 0);
   Clear();  // read once
-  const std::string none = "PROXY '' PROXYPORT 0 PROXYUSERPWD null PROXYUSERPWD null ";
+  const std::string none = "PROXY '' PROXYUSERPWD null ";
   EXPECT_EQ(Calls(session, L"http://h/"),
             "PROXY 'plain' PROXYPORT 3128 PROXYAUTH -17 PROXYUSERPWD 'us@er:pass' PROXYUSERPWD null ");
   EXPECT_EQ(Calls(session, L"http://www.direct.example/"), none);

@@ -62,9 +62,9 @@ TEST_F(UserSettingProxy, IsTakenWithItsExceptionsWhenAskedForAndNeverOtherwise) 
   Session other(Directory(), false, L"", L"", false, 0, 0);
   EXPECT_EQ(ProxyOf(session, L"http://h.example/"), "PROXY 'plain' PROXYPORT 3128 ");
   EXPECT_EQ(ProxyOf(session, L"https://h.example/"), "PROXY 'secure' PROXYPORT 8443 ");
-  EXPECT_EQ(ProxyOf(session, L"https://www.direct.example/"), "PROXY '' PROXYPORT 0 ");
-  EXPECT_EQ(ProxyOf(session, L"http://intranet/"), "PROXY '' PROXYPORT 0 ");
-  EXPECT_EQ(ProxyOf(other, L"http://h.example/"), "PROXY '' PROXYPORT 0 ");
+  EXPECT_EQ(ProxyOf(session, L"https://www.direct.example/"), "PROXY '' ");
+  EXPECT_EQ(ProxyOf(session, L"http://intranet/"), "PROXY '' ");
+  EXPECT_EQ(ProxyOf(other, L"http://h.example/"), "PROXY '' ");
 }
 
 }  // namespace

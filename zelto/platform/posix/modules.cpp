@@ -33,7 +33,7 @@ void ModuleHandleDeleter::operator()(void* module) const noexcept {
   ::dlclose(module);
 }
 
-UniqueModule LoadModule(const std::string& path, ErrorCode& error) noexcept {
+UniqueModule LoadModule(const std::string& path, ErrorCode& error) {
   UniqueModule module(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
   error = kSuccess;
   if (!module) {

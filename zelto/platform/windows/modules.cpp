@@ -30,14 +30,14 @@ void ModuleHandleDeleter::operator()(void* module) const noexcept {
   ::FreeLibrary(static_cast<HMODULE>(module));
 }
 
-UniqueModule LoadModule(const std::string& path, ErrorCode& error) noexcept {
+UniqueModule LoadModule(const std::string& path, ErrorCode& error) {
+  // A relative path would be looked for in the program's and the system's folders, too.
+  std::string full(::GetFullPathNameA(path.c_str(), 0, nullptr, nullptr), '\0');
+  full.resize(::GetFullPathNameA(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
   // A service has nobody to click a message about a broken file away.
   DWORD old_mode = 0;
   const bool mode_set = ::SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &old_mode) != 0;
-  // The flag is for absolute paths only.
-  const bool on_drive = path.size() > 2 && path[1] == ':' && (path[2] == '\\' || path[2] == '/');
-  const bool absolute = on_drive || path.compare(0, 2, "\\\\") == 0;
-  UniqueModule module(::LoadLibraryExA(path.c_str(), nullptr, absolute ? LOAD_WITH_ALTERED_SEARCH_PATH : 0));
+  UniqueModule module(::LoadLibraryExA(full.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
   error = module ? kSuccess : ::GetLastError();
   if (mode_set) {
     ::SetThreadErrorMode(old_mode, nullptr);
