@@ -1,5 +1,6 @@
 // An agent that sends JSON documents to the service over a named pipe, prints the answers and checks each of them.
 
+#include "arguments.h"
 #include "document_checks.h"
 
 #include <zelto/zelto.h>
@@ -75,10 +76,10 @@ std::wstring Ask(AsyncNamedPipeClient& client, const std::wstring& message) {
 }
 
 /// A whole argument as a decimal number; false when it is anything else.
-bool ReadNumber(const char* argument, unsigned long& number) {
+bool ReadNumber(const std::string& argument, unsigned long& number) {
   char* end = nullptr;
-  number = std::strtoul(argument, &end, 10);
-  return *argument >= '0' && *argument <= '9' && *end == '\0';
+  number = std::strtoul(argument.c_str(), &end, 10);
+  return argument[0] >= '0' && argument[0] <= '9' && *end == '\0';
 }
 
 /// An accepted document comes back whole, with two members added; any other comes back as an error with its reason.
@@ -135,34 +136,33 @@ int Talk(const Options& options) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   Options options;
-  for (int i = 1; i < argc; ++i) {
-    const std::string option = argv[i];
-    const bool has_value = i + 1 < argc;
+  const std::vector<std::string> arguments = ReadArguments(argc, argv);
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& option = arguments[i];
+    const bool has_value = i + 1 < arguments.size();
     if (option == "--help") {
       return Usage(0);
     }
     if (option == "--pipe" && has_value) {
-      options.pipe = argv[++i];
-    } else if (has_value && ((option == "--timeout" && ReadNumber(argv[i + 1], options.timeout_ms)) ||
-                             (option == "--server-process" && ReadNumber(argv[i + 1], options.server_process)))) {
+      options.pipe = arguments[++i];
+    } else if (has_value && ((option == "--timeout" && ReadNumber(arguments[i + 1], options.timeout_ms)) ||
+                             (option == "--server-process" && ReadNumber(arguments[i + 1], options.server_process)))) {
       ++i;
     } else if (option == "--stop") {
       options.stop = true;
     } else if (option.starts_with("--")) {
       return Usage(2);
     } else {
-      options.paths.emplace_back(option);
+      options.paths.push_back(PathOf(option));
     }
   }
   if (options.paths.empty()) {
     options.paths.emplace_back("examples/documents");
   }
-  try {
-    return Talk(options);
-  } catch (const std::exception& failure) {
-    std::cerr << "zelto_agent: " << failure.what() << std::endl;
-    return 1;
-  }
+  return Talk(options);
+} catch (const std::exception& failure) {
+  std::cerr << "zelto_agent: " << failure.what() << std::endl;
+  return 1;
 }

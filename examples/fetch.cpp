@@ -1,8 +1,9 @@
 // Gets an address, or posts a body to it, and writes what comes back.
 
+#include "arguments.h"
+
 #include <zelto/zelto.h>
 
-#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -54,7 +55,7 @@ std::wstring Wide(const std::string& text) {
 }
 
 std::string ReadFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(PathOf(path), std::ios::binary);
   std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   if (!file) {
     throw OptionError(path + " cannot be read");
@@ -79,19 +80,19 @@ unsigned ReadNumber(const std::string& text, unsigned maximum) {
 /// The options by name, each with its values in order. The address has the name "".
 class Options {
  public:
-  Options(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-      const std::string argument = argv[i];
+  explicit Options(const std::vector<std::string>& arguments) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+      const std::string& argument = arguments[i];
       if (argument == "--help" || argument == "--insecure" || argument == "--no-proxy") {
         values_[argument].emplace_back();
       } else if (!argument.starts_with("--")) {
         values_[""].push_back(argument);
       } else if (std::string(kUsage).find("  " + argument + " ") == std::string::npos) {
         throw OptionError("unknown option " + argument);
-      } else if (i + 1 == argc) {
+      } else if (i + 1 == arguments.size()) {
         throw OptionError(argument + " lacks its value");
       } else {
-        values_[argument].emplace_back(argv[++i]);
+        values_[argument].push_back(arguments[++i]);
       }
     }
   }
@@ -112,6 +113,13 @@ class Options {
       if (Has(one) && Has(other)) {
         throw OptionError(std::string(one) + " and " + other + " exclude each other");
       }
+    }
+    const std::size_t colon = Get("--proxy", "HOST:PORT").rfind(':');
+    if (colon == 0 || colon == std::string::npos) {
+      throw OptionError("--proxy needs a host and a port");
+    }
+    if (Has("--proxy-user") && !Has("--proxy")) {
+      throw OptionError("--proxy-user needs --proxy");
     }
   }
 
@@ -162,13 +170,14 @@ void Prepare(CurlWrapper& session, const Options& options) {
   }
 }
 
-std::size_t WriteBytes(const char* bytes, std::size_t size, std::size_t count, void* file) {
-  return std::fwrite(bytes, size, count, static_cast<std::FILE*>(file)) * size;
+std::size_t WriteBytes(const char* bytes, std::size_t size, std::size_t count, void* stream) {
+  auto& output = *static_cast<std::ostream*>(stream);
+  return output.write(bytes, static_cast<std::streamsize>(size * count)) ? size * count : 0;
 }
 
-int Execute(CurlWrapper& session, const Options& options, std::FILE* output) {
+int Execute(CurlWrapper& session, const Options& options, std::ostream& output) {
   const std::wstring url = Wide(options.Get(""));
-  session.SetReceiveDataCallback(WriteBytes, output);
+  session.SetReceiveDataCallback(WriteBytes, &output);
   if (options.Has("--body") || options.Has("--body-file")) {
     session.SetContentType(Wide(options.Get("--type", "application/json")));
     session.SetCommandBody(Wide(options.Has("--body") ? options.Get("--body") : ReadFile(options.Get("--body-file"))));
@@ -176,7 +185,7 @@ int Execute(CurlWrapper& session, const Options& options, std::FILE* output) {
   } else {
     session.ExecuteGetRequest(url);
   }
-  if (std::fflush(output) != 0) {
+  if (!output.flush()) {
     throw std::runtime_error("the body cannot be written");
   }
   if (session.GetHttpStatusCode() >= 300) {
@@ -190,21 +199,22 @@ int Fetch(const Options& options) {
   const auto session = MakeSession(options);
   Prepare(*session, options);
   if (!options.Has("--output")) {
-    return Execute(*session, options, stdout);
+    WriteBytesToStandardOutput();
+    return Execute(*session, options, std::cout);
   }
   const std::string path = options.Get("--output");
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "wb"), std::fclose);
+  std::ofstream file(PathOf(path), std::ios::binary);
   if (!file) {
     throw OptionError(path + " cannot be written");
   }
-  return Execute(*session, options, file.get());
+  return Execute(*session, options, file);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    const Options options(argc, argv);
+    const Options options(ReadArguments(argc, argv));
     if (options.Has("--help")) {
       std::cout << kUsage;
       return kOk;

@@ -1,6 +1,7 @@
 // A service that takes JSON documents over a named pipe, adds what it knows, and answers with JSON. Run it in one
 // terminal and the agent in another.
 
+#include "arguments.h"
 #include "document_checks.h"
 
 #include <zelto/zelto.h>
@@ -12,6 +13,7 @@
 #include <iostream>
 #include <mutex>
 #include <string>
+#include <vector>
 
 using Zelto::Json::DataObject;
 using Zelto::Json::JsonWriter;
@@ -123,12 +125,13 @@ int Serve(const std::wstring& pipe_name) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   std::string pipe = "zelto-demo";
-  for (int i = 1; i < argc; ++i) {
-    const std::string option = argv[i];
-    if (option == "--pipe" && i + 1 < argc) {
-      pipe = argv[++i];
+  const std::vector<std::string> arguments = ReadArguments(argc, argv);
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& option = arguments[i];
+    if (option == "--pipe" && i + 1 < arguments.size()) {
+      pipe = arguments[++i];
       continue;
     }
     std::cout
@@ -139,10 +142,8 @@ int main(int argc, char** argv) {
   }
   std::signal(SIGINT, [](int) { interrupted = 1; });
   std::signal(SIGTERM, [](int) { interrupted = 1; });
-  try {
-    return Serve(StringUtilities::Utf8ToUtf16(pipe));
-  } catch (const std::exception& failure) {
-    std::cerr << "zelto_service: " << failure.what() << std::endl;
-    return 1;
-  }
+  return Serve(StringUtilities::Utf8ToUtf16(pipe));
+} catch (const std::exception& failure) {
+  std::cerr << "zelto_service: " << failure.what() << std::endl;
+  return 1;
 }

@@ -3,6 +3,8 @@
 //
 //   zelto_watcher [FOLDER [LOG [SECONDS]]]     by default: examples build/watcher.log 2
 
+#include "arguments.h"
+
 #include <zelto/zelto.h>
 
 #include <algorithm>
@@ -12,7 +14,9 @@
 #include <iostream>
 #include <iterator>
 #include <map>
+#include <string>
 #include <thread>
+#include <vector>
 
 using namespace Zelto::Utilities;
 namespace fs = std::filesystem;
@@ -29,8 +33,10 @@ std::wstring Describe(const fs::path& file) {
 }
 
 int main(int argc, char** argv) try {
-  const fs::path folder = argc > 1 ? argv[1] : "examples";
-  FileAppender log(StringUtilities::Utf8ToUtf16(argc > 2 ? argv[2] : "build/watcher.log"));
+  const std::vector<std::string> arguments = ReadArguments(argc, argv);
+  const auto argument = [&](std::size_t i, const char* usual) { return i < arguments.size() ? arguments[i] : usual; };
+  const fs::path folder = PathOf(argument(0, "examples"));
+  FileAppender log(StringUtilities::Utf8ToUtf16(argument(1, "build/watcher.log")));
   log.SetMaxFileSize(64);  // KiB
   log.SetMaxBackupFiles(3);
 
@@ -57,7 +63,7 @@ int main(int argc, char** argv) try {
       },
       100);
   timer.Start();
-  std::this_thread::sleep_for(std::chrono::seconds(argc > 3 ? std::stoi(argv[3]) : 2));
+  std::this_thread::sleep_for(std::chrono::seconds(std::stoi(argument(2, "2"))));
   timer.Stop();
   pool.WaitAndStop();
   write();

@@ -36,6 +36,10 @@ TEST(Fetch, HelpsAndRefusesBadOptions) {
   EXPECT_TRUE(Shows(Fetch({"--colour", "red", "http://127.0.0.1/"}), 2, "unknown option --colour"));
   EXPECT_TRUE(Shows(Fetch({"http://127.0.0.1/", "--body"}), 2, "--body lacks its value"));
   EXPECT_TRUE(Shows(Fetch({"--timeout", "soon", "http://127.0.0.1/"}), 2, "'soon' is no number"));
+  for (const char* proxy : {":8080", "proxy"}) {
+    EXPECT_TRUE(Shows(Fetch({"--proxy", proxy, "http://127.0.0.1/"}), 2, "--proxy needs a host and a port"));
+  }
+  EXPECT_TRUE(Shows(Fetch({"--proxy-user", "u:p", "http://127.0.0.1/"}), 2, "--proxy-user needs --proxy"));
   EXPECT_TRUE(Shows(Fetch({"HTTPS://127.0.0.1/"}), 2, "needs --ca, --pin or --insecure"));
   EXPECT_TRUE(Shows(Fetch({"--pin", "/dev/null", "http://127.0.0.1/"}), 2, "/dev/null holds no PEM certificate"));
   EXPECT_TRUE(Shows(Fetch({"ftp://127.0.0.1/"}), 1, "Unsupported URL scheme"));
