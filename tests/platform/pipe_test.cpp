@@ -141,7 +141,9 @@ TEST(Pipes, UnusualNamesAreKeptApart) {
 
 TEST(Pipes, WrongNamesAreRefused) {
   SharedHandle pipe;
-  for (const wchar_t* name : {L"", L"name", L"\\\\.\\pipe\\", L"\\\\.\\pipe", L"//./pipe/name", L"/tmp/name"}) {
+  for (const std::wstring& name :
+       {std::wstring(), std::wstring(L"name"), std::wstring(L"\\\\.\\pipe\\"), std::wstring(L"\\\\.\\pipe"),
+        std::wstring(L"//./pipe/name"), std::wstring(L"/tmp/name"), std::wstring(L"\\\\.\\pipe\\a\0b", 12)}) {
     EXPECT_EQ(TryCreate(name, 255, pipe), kInvalidName);
     EXPECT_EQ(OpenPipe(name, pipe), kInvalidName);
     EXPECT_EQ(WaitForFreePipe(name, 1), kInvalidName);

@@ -61,7 +61,8 @@ bool IsSafe(const char* path, uid_t owner) noexcept {
 }  // namespace
 
 std::string PipeFileName(const std::wstring& name) {
-  if (name.size() <= kPrefix.size() || name.size() > kLongestName || name.compare(0, kPrefix.size(), kPrefix) != 0) {
+  if (name.size() <= kPrefix.size() || name.size() > kLongestName || name.compare(0, kPrefix.size(), kPrefix) != 0 ||
+      name.find(L'\0') != std::wstring::npos) {
     return {};
   }
   std::string file;

@@ -15,7 +15,7 @@ namespace Zelto::Platform {
 ///
 /// Characters outside a-z, 0-9, dot, underscore and hyphen become `%` and two or `%u` and four hexadecimal digits per
 /// UTF-16 unit; a long result is cut and gets a hash.
-/// @return empty when the name lacks the prefix `\\.\pipe\`, is nothing but it, or has more than 256 units
+/// @return empty when the name lacks the prefix `\\.\pipe\`, is nothing but it, holds U+0000 or has more than 256 units
 std::string PipeFileName(const std::wstring& name);
 
 /// A directory that can hold pipes.

@@ -18,9 +18,10 @@ constexpr DWORD kClientAccess = GENERIC_READ | FILE_WRITE_DATA | FILE_WRITE_ATTR
 // Each listening instance takes one client; a burst needs many.
 constexpr std::uint32_t kListeningInstances = 60;
 
-// Another name would open a file, and the bare prefix the directory of all pipes.
+// Another name would open a file, and the bare prefix the directory of all pipes; U+0000 would make it a shorter one.
 bool IsPipeName(const std::wstring& name) noexcept {
-  return name.size() > kPrefix.size() && name.compare(0, kPrefix.size(), kPrefix) == 0;
+  return name.size() > kPrefix.size() && name.compare(0, kPrefix.size(), kPrefix) == 0 &&
+         name.find(L'\0') == std::wstring::npos;
 }
 
 // Takes ownership of a handle that a call made, or tells the call's error.
