@@ -45,7 +45,7 @@ class SystemProxyRules;
 ///
 /// **Threads.** An object serves one thread at a time. Several objects work on several threads, and may be made and
 /// destroyed while others transfer. Within its own receive callback an object takes no request, gives up no headers and
-/// takes no other callback: `std::runtime_error` "A request is under way".
+/// takes no other callback: `std::runtime_error` "A request is under way"; and it must not be destroyed there.
 ///
 /// Example:
 ///

@@ -43,7 +43,8 @@ class ZELTO_API IMultiClientNamedPipeServer {
   /// Windows. The dropped callback does not run for them.
   ///
   /// Inside one of the server's own callbacks it waits for nothing: callbacks that are running come to their end, later
-  /// ones do not begin, and the next `Stop` from elsewhere, or the last owner's end, waits for what is left.
+  /// ones do not begin, and the next `Stop` from elsewhere, or the last owner's end, waits for what is left. A client
+  /// that opens the pipe at that moment may find its connection ended, even if the server starts again at once.
   virtual void Stop() = 0;
 
   /// Replaces the message callback, for new clients and those that are connected. A call of the former one may still be
