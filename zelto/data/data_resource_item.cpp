@@ -1,6 +1,7 @@
 #include "zelto/data/data_resource_item.h"
 
 #include "zelto/json/json_reader.h"
+#include "zelto/text/never_destroyed.h"
 
 #include <utility>
 
@@ -13,6 +14,8 @@ using Json::DataValue;
 constexpr const wchar_t* kId = L"id";
 constexpr const wchar_t* kType = L"type";
 constexpr const wchar_t* kAttributes = L"attributes";
+
+constinit const NeverDestroyed<std::vector<std::wstring>> kNoTexts;
 
 }  // namespace
 
@@ -121,8 +124,7 @@ void DataResourceItem::SetStringArrayValue(const std::wstring& key, std::vector<
 }
 
 const std::vector<std::wstring>& DataResourceItem::GetStringArrayValue(const std::wstring& key) {
-  static const std::vector<std::wstring> kNone;
-  return attributes_->Contains(key) ? attributes_->GetValue(key).GetStringArray() : kNone;
+  return attributes_->Contains(key) ? attributes_->GetValue(key).GetStringArray() : kNoTexts.value;
 }
 
 void DataResourceItem::SetObjectArrayValue(const std::wstring& key, std::vector<std::shared_ptr<DataObject>> objects) {

@@ -105,9 +105,8 @@ std::shared_ptr<const DataObject> DataObject::GetDataObject(const std::wstring& 
 }
 
 const std::vector<std::shared_ptr<DataObject>>& DataObject::GetObjectArray(const std::wstring& key) const {
-  static const DataValue null;
   const DataValue* value = FindValue(this, key);
-  return value == nullptr ? null.GetObjectArray() : value->GetObjectArray();
+  return value == nullptr ? kNoObjects.value : value->GetObjectArray();
 }
 
 bool DataObject::IsNullValue(const std::wstring& key) const {

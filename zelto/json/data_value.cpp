@@ -12,10 +12,12 @@
 namespace Zelto::Json {
 namespace {
 
-const std::wstring& EmptyString() {
-  static const std::wstring empty;
-  return empty;
+const std::wstring& NoText() {
+  static const Utilities::NeverDestroyed<std::wstring> text;
+  return text.value;
 }
+
+constinit const Utilities::NeverDestroyed<std::vector<std::wstring>> kNoTexts;
 
 template <typename Unit>
 bool Equals(std::basic_string_view<Unit> text, std::string_view ascii) {
@@ -202,7 +204,7 @@ bool DataValue::IsEmpty() const noexcept {
 }
 
 const std::wstring& DataValue::GetString() const {
-  return is_array_ || !HasTexts() ? EmptyString() : Materialise().strings.front();
+  return is_array_ || !HasTexts() ? NoText() : Materialise().strings.front();
 }
 
 std::wstring DataValue::GetStringValue() const {
@@ -243,13 +245,11 @@ std::shared_ptr<DataObject> DataValue::GetObject() const {
 }
 
 const std::vector<std::shared_ptr<DataObject>>& DataValue::GetObjectArray() const {
-  static const std::vector<std::shared_ptr<DataObject>> empty;
-  return is_array_ && form_ == Form::kParts ? units_.parts.load(std::memory_order_relaxed)->objects : empty;
+  return is_array_ && form_ == Form::kParts ? units_.parts.load(std::memory_order_relaxed)->objects : kNoObjects.value;
 }
 
 const std::vector<std::wstring>& DataValue::GetStringArray() const {
-  static const std::vector<std::wstring> empty;
-  return is_array_ && HasTexts() ? Materialise().strings : empty;
+  return is_array_ && HasTexts() ? Materialise().strings : kNoTexts.value;
 }
 
 void DataValue::SetValue(const std::wstring& value, EType kind) {

@@ -4,6 +4,10 @@
 
 #include "zelto/json/compact_text.h"
 #include "zelto/json/data_value.h"
+#include "zelto/text/never_destroyed.h"
+
+#include <memory>
+#include <vector>
 
 namespace Zelto::Json {
 
@@ -12,6 +16,9 @@ struct DataValue::Parts {
   std::vector<std::wstring> strings;
   std::vector<std::shared_ptr<DataObject>> objects;
 };
+
+/// What stands for the objects of a value that is no array, or is not there.
+inline constinit const Utilities::NeverDestroyed<std::vector<std::shared_ptr<DataObject>>> kNoObjects;
 
 class ValueAccess {
  public:

@@ -1,11 +1,10 @@
 #include "zelto/text/exceptions/system_error_category.h"
 
 #include "zelto/platform/errors.h"
+#include "zelto/text/never_destroyed.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
-#include <new>
 #include <string>
 
 namespace Zelto::Utilities {
@@ -157,13 +156,12 @@ class Win32Category final : public std::error_category {
   }
 };
 
+constinit const NeverDestroyed<Win32Category> kCategory;
+
 }  // namespace
 
 const std::error_category& SystemErrorCategory() noexcept {
-  // Never destroyed: an error code may be looked at while static objects are being destroyed.
-  alignas(Win32Category) static std::byte place[sizeof(Win32Category)];
-  static const Win32Category& category = *new (place) Win32Category;
-  return category;
+  return kCategory.value;
 }
 
 }  // namespace Zelto::Utilities
