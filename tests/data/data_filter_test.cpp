@@ -103,6 +103,10 @@ TEST(DataFilter, ComparesTextWithAnyOfTheValues) {
   for (const auto& c : cases) {
     EXPECT_EQ(Passing(c.candidate, c.values), c.passing) << &c - cases;
   }
+  if constexpr (sizeof(wchar_t) > sizeof(char16_t)) {
+    const std::wstring no_character(1, static_cast<wchar_t>(std::uint32_t{0x110041}));
+    EXPECT_EQ(Passing(no_character.c_str(), L"A,\uFFFF"), "!>g?");
+  }
 }
 
 TEST(DataFilter, ComparesNumbersAndTimesByValue) {

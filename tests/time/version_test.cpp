@@ -94,6 +94,7 @@ TEST(Version, PrintsSignedByDefaultAndByTheCallersFormat) {
   EXPECT_EQ(version.ToString(L"%u.%lu"), L"1.2147483648");
   EXPECT_EQ(version.ToString(L"v%04x-%-12.10u|%+d%%%#X\u00E9"), L"v0001-2147483648  |+3%0XFFFFFFFF\u00E9");
   EXPECT_EQ(version.ToString(L"none%.d"), L"none1");
+  EXPECT_EQ(version.ToString(L"%d\U0001F600"), L"1\xD83D\xDE00");
   for (const wchar_t* format : {L"", L"%s", L"%n", L"%", L"%5", L"%*d", L"%ll", L"%lld", L"%f", L"%-%", L"%d%d%d%d%d",
                                 L"%300d", L"%99999999999d"}) {
     EXPECT_NE(FailureOf([&] { version.ToString(format); }).find("Can't generate a valid version string"),

@@ -127,7 +127,9 @@ std::wstring Version::ToString(const wchar_t* format) const {
   std::size_t part = 0;
   for (const wchar_t* at = format; *at != 0;) {
     if (*at != L'%' || at[1] == L'%') {
-      text += *at;
+      if (!AppendUnits(text, std::wstring_view(at, 1))) {
+        ThrowInvalidFormat();
+      }
       at += *at == L'%' ? 2 : 1;
       continue;
     }
