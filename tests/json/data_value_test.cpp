@@ -174,7 +174,7 @@ TEST(DataValue, CopiesOwnTheirTextsAndShareTheirObjects) {
     }
     const std::wstring* const before = &value.GetString();
     DataValue copy(value);
-    copy.SetIntValue(IntegerToken(std::uint64_t{18446744073709551615U}));
+    copy.SetIntValue(IntegerToken(18446744073709551615ULL));
     EXPECT_EQ(value.GetStringValue(), L"text");
     EXPECT_EQ(&value.GetString(), before);
     EXPECT_EQ(copy.GetUint64Value(0), 18446744073709551615U);

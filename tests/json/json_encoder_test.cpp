@@ -27,9 +27,11 @@ TEST(JsonEncoder, EscapesMaskedAndNonPrintingCharacters) {
   EXPECT_EQ(JsonEncoder::ToEscapedString(zero), L"\\u0000");
   EXPECT_EQ(JsonEncoder::ToEscapedString(L""), L"");
   int index = -1;
-  for (int i = 0; i < static_cast<int>(all.size()); ++i) {
-    EXPECT_TRUE(JsonEncoder::IsMaskedCharacter(all[static_cast<std::size_t>(i)], index));
-    EXPECT_EQ(index, i);
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    std::size_t place = all.size();
+    EXPECT_TRUE(JsonEncoder::IsMaskedCharacter(all[i], index) && JsonEncoder::IsMaskedCharacter(all[i], place));
+    EXPECT_EQ(index, static_cast<int>(i));
+    EXPECT_EQ(place, i);
   }
   EXPECT_FALSE(JsonEncoder::IsMaskedCharacter(L'\x01', index));
   EXPECT_FALSE(JsonEncoder::IsMaskedCharacter(L'r'));

@@ -129,11 +129,13 @@ TEST(JsonWriter, StreamsPropertiesAndNestedObjects) {
     w.WriteObject([&w] {
       w.WriteProperty(L"raw\"key", std::wstring(L"v\""));
       w.WriteProperty(L"skipped", std::wstring());
-      w.WriteObject(L"nested", [&w] {
-        w.WriteProperty(L"int", std::numeric_limits<int>::min());
-        w.WriteProperty(L"unsigned", std::numeric_limits<unsigned>::max());
-        w.WriteObject(L"empty", [] {});
-        w.WriteProperty(L"large", std::numeric_limits<std::uint64_t>::max());
+      w.WriteObject(L"nested", [](JsonWriter& nested) {
+        nested.WriteProperty(L"int", std::numeric_limits<int>::min());
+        nested.WriteProperty(L"unsigned", std::numeric_limits<unsigned>::max());
+        nested.WriteObject(L"empty", [] {});
+        nested.WriteProperty(L"large", std::numeric_limits<std::uint64_t>::max());
+        nested.WriteProperty(L"long", 4294967295UL);
+        nested.WriteProperty(L"long long", 18446744073709551615ULL);
       });
       w.SetSkipEmptyStringValues(false);
       w.WriteProperty(L"kept", L"");
@@ -146,7 +148,8 @@ TEST(JsonWriter, StreamsPropertiesAndNestedObjects) {
   });
   EXPECT_EQ(text,
             L"{\"raw\"key\":\"v\\\"\",\"nested\":{\"int\":-2147483648,\"unsigned\":4294967295,\"empty\":{},"
-            L"\"large\":18446744073709551615},\"kept\":\"\",\"yes\":true,\"no\":false}\"outside\":0");
+            L"\"large\":18446744073709551615,\"long\":4294967295,\"long "
+            L"long\":18446744073709551615},\"kept\":\"\",\"yes\":true,\"no\":false}\"outside\":0");
 }
 
 TEST(JsonWriter, ACallbackThatThrowsClosesItsLevel) {

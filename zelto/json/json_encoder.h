@@ -4,6 +4,7 @@
 
 #include <zelto/export.h>
 
+#include <concepts>
 #include <cstddef>
 #include <string>
 
@@ -24,6 +25,13 @@ class ZELTO_API JsonEncoder {
   static bool IsMaskedCharacter(wchar_t c) noexcept;
   /// @param index  the character's place in the table of the eight masked ones; unchanged when it is none of them
   static bool IsMaskedCharacter(wchar_t c, int& index) noexcept;
+  template <std::integral Index>
+  static bool IsMaskedCharacter(wchar_t c, Index& index) noexcept {
+    int found = 0;
+    const bool masked = IsMaskedCharacter(c, found);
+    index = masked ? static_cast<Index>(found) : index;
+    return masked;
+  }
 
   /// Whether there is a masked character; non-printing ones do not count.
   static bool NeedsEscaping(const std::wstring& text) noexcept;

@@ -4,7 +4,9 @@
 
 #include <zelto/export.h>
 #include <zelto/json/data_object.h>
+#include <zelto/json/tokens.h>
 
+#include <concepts>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -14,13 +16,20 @@
 
 namespace Zelto::Json {
 
+class JsonWriter;
+
+/// A callback that is handed the writer.
+template <typename Write>
+concept TakesWriter = std::invocable<const Write&, JsonWriter&> && !std::invocable<const Write&>;
+
 /// Writes `DataObject`s as compact JSON, properties in the order of their keys, or a document property by property
 /// without building it first. There is no white space in the output. Objects may be nested as deep as memory allows;
 /// one that is nested in itself is refused with `std::runtime_error` "Cyclic JSON object", when a part of it has been
 /// written.
 ///
 /// Text is written unformatted: the stream's locale, width and flags do not matter, and its errors stay with the
-/// stream. A writer, and its stream, belong to one thread at a time.
+/// stream. One of them is that a standard stream with a `wchar_t` of 16 bits may lose the unit U+FFFF, which is also
+/// its mark for the end of a file; `Encode` keeps it. A writer, and its stream, belong to one thread at a time.
 class ZELTO_API JsonWriter {
  public:
   /// @param stream  not owned; must outlive the writer and its copies
@@ -59,11 +68,27 @@ class ZELTO_API JsonWriter {
   void WriteProperty(const std::wstring& key, int value);
   void WriteProperty(const std::wstring& key, unsigned int value);
   void WriteProperty(const std::wstring& key, std::uint64_t value);
+  template <UnsignedNumber Value>
+  void WriteProperty(const std::wstring& key, Value value) {
+    WriteProperty(key, std::uint64_t{value});
+  }
+  /// Not for booleans, which would be written as numbers: `WriteBooleanProperty` is.
+  template <std::same_as<bool> Value>
+  void WriteProperty(const std::wstring& key, Value value) = delete;
   void WriteBooleanProperty(const std::wstring& key, bool value);
 
   /// Writes an object whose properties the callback writes through this writer, under a key or as the root.
   void WriteObject(const std::wstring& key, const std::function<void()>& write_members);
   void WriteObject(const std::function<void()>& write_members);
+  /// The same with a callback that is handed this writer.
+  template <TakesWriter Write>
+  void WriteObject(const std::wstring& key, const Write& write_members) {
+    WriteObject(key, std::function<void()>([&] { write_members(*this); }));
+  }
+  template <TakesWriter Write>
+  void WriteObject(const Write& write_members) {
+    WriteObject(std::function<void()>([&] { write_members(*this); }));
+  }
 
   /// Writes a comma unless this is the first call on the innermost level. Outside of any level it writes nothing.
   void WriteSeparatorIfNeeded();

@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <limits>
 #include <string>
 #include <string_view>
 
@@ -75,7 +74,7 @@ class ZELTO_API Lexer {
  private:
   friend class JsonReader;
 
-  static constexpr std::size_t kNoLineYet = std::numeric_limits<std::size_t>::max();
+  static constexpr std::size_t kNoLineYet = std::wstring_view::npos;
 
   // Reads a text in place, as one line; nothing follows it. The text must stay until `ReleaseText`.
   void ReadText(std::wstring_view text) noexcept;

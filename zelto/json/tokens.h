@@ -4,11 +4,16 @@
 
 #include <zelto/export.h>
 
+#include <concepts>
 #include <cstdint>
 #include <string>
 #include <utility>
 
 namespace Zelto::Json {
+
+/// A type of unsigned numbers. Which of them `std::uint64_t` is differs between the targets, so all of them are taken.
+template <typename Value>
+concept UnsignedNumber = std::unsigned_integral<Value> && !std::same_as<Value, bool>;
 
 /// The text of an integer: an optional sign and digits. It is not checked: what is put in is what is written.
 class ZELTO_API IntegerToken {
@@ -23,6 +28,9 @@ class ZELTO_API IntegerToken {
 
   /// The decimal text of `value` (the format "%I64u").
   explicit IntegerToken(std::uint64_t value);
+
+  template <UnsignedNumber Value>
+  explicit IntegerToken(Value value) : IntegerToken(std::uint64_t{value}) {}
 
   const std::wstring& GetText() const& { return text_; }
   std::wstring GetText() && { return std::move(text_); }
