@@ -2,6 +2,9 @@
 
 #include "tests/http/library_folder.h"
 
+#include <new>
+#include <string_view>
+
 using namespace Zelto::Utilities;
 using Syntax = Zelto::Platform::SystemProxyTexts::Syntax;
 using Zelto::Testing::Catch;
@@ -46,6 +49,15 @@ TEST(SystemProxy, IsReadFromTheEnvironmentAndFromTheUsersSetting) {
               (Thrown{"Invalid system proxy", 13}))
         << text;
   }
+}
+
+TEST(SystemProxy, LeavesNoPasswordInMemory) {
+  alignas(SystemProxyRules) char memory[sizeof(SystemProxyRules)] = {};
+  const std::string_view bytes(memory, sizeof memory);
+  auto* const rules = new (memory) SystemProxyRules({Syntax::Environment, "user:s3cret@p", "", ""});
+  EXPECT_NE(bytes.find("s3cret"), std::string_view::npos);
+  rules->~SystemProxyRules();
+  EXPECT_EQ(bytes.find("s3cret"), std::string_view::npos);
 }
 
 TEST(SystemProxy, HasExceptions) {

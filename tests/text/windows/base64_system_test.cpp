@@ -1,5 +1,5 @@
-// The system's decoder beside ours. Wine's is more lenient than complete padding asks for (it completes what is missing,
-// even a byte of a single character, and reads nothing behind the first padded quantum); we refuse that.
+// The system's decoder beside ours. Wine's is more lenient than complete padding asks for (it completes what is
+// missing, even a byte of a single character, and reads nothing behind the first padded quantum); we refuse that.
 #include "zelto/text/base64.h"
 #include "zelto/text/string_utilities.h"
 
