@@ -119,6 +119,8 @@ TEST(JsonWriter, TextsOfEveryLengthComeBackAsTheyWere) {
         const auto read = JsonReader::Decode(source, false);
         ASSERT_NE(read, nullptr) << source;
         ASSERT_EQ(read->GetStringValue(text, L"?"), held);
+        // What is written without a document has its wide characters replaced, too.
+        ASSERT_EQ(Written([&text](auto& w) { w.WriteStringValue(text); }), written);
       }
     }
   }

@@ -59,6 +59,10 @@ void JsonWriter::WriteStringArray(const DataValue& value) {
 }
 
 void JsonWriter::WriteStringValue(const std::wstring& text) {
+  if (HasWideCharacters(text)) {
+    WriteStringValue(WithSurrogatePairs(text));
+    return;
+  }
   TextOutput output(stream_);
   output.PutString(std::wstring_view(text));
   output.Flush();
