@@ -1,10 +1,20 @@
 #include "zelto/json/document_printer.h"
 
+#include "zelto/json/prefetch.h"
 #include "zelto/json/value_access.h"
 
 #include <stdexcept>
 
 namespace Zelto::Json {
+namespace {
+
+// The object in the next member's value, or null.
+const DataObject* NextObject(const ObjectStorage::Cursor& members) noexcept {
+  const PropertyNode* const member = members.Peek();
+  return member == nullptr ? nullptr : ValueAccess::FirstObject(member->value);
+}
+
+}  // namespace
 
 std::size_t EstimateLength(const DataObject& object) {
   constexpr std::size_t kMaximumObjects = 10000;
@@ -144,6 +154,9 @@ bool DocumentPrinter::PrintMembers() {
         output_.Put(text);
       }
       continue;
+    }
+    if (const DataObject* next = NextObject(level.members)) {
+      Prefetch(*next);
     }
     Begin(member->value);
     if (levels_.size() != depth) {

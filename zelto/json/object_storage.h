@@ -146,6 +146,14 @@ class ObjectStorage::Cursor {
     return node_ == end_ ? nullptr : node_++;
   }
 
+  /// What `Next` will give.
+  const PropertyNode* Peek() const noexcept {
+    if (indexed_ != nullptr) {
+      return position_ == indexed_->end() ? nullptr : *position_;
+    }
+    return node_ == end_ ? nullptr : node_;
+  }
+
  private:
   const PropertyNode* node_ = nullptr;
   const PropertyNode* end_ = nullptr;
