@@ -127,10 +127,31 @@ class UnitStack {
     ++size_;
   }
 
-  /// Appends a text without characters above U+FFFF.
-  void Append(std::wstring_view text) {
-    CopyUnits(text.data(), text.size(), Room(text.size()));
-    size_ += text.size();
+  /// Appends a text of ASCII.
+  template <std::size_t Size>
+  void Append(const char16_t (&text)[Size]) {
+    std::copy_n(text, Size - 1, Room(Size - 1));
+    size_ += Size - 1;
+  }
+
+  /// Appends characters up to the first one that is above U+FFFF or that `stops_at(block)` flags, and returns where
+  /// that is. At least eight units behind the old end can be read afterwards, be they of use or not.
+  template <typename StopsAt>
+  const wchar_t* AppendUntil(const wchar_t* at, const wchar_t* end, const StopsAt& stops_at) {
+    for (; end - at >= 8; at += 8) {
+      const BlockFlags flags = CopyBlock(at, stops_at);
+      if (flags != 0) {
+        size_ += FirstFlag(flags);
+        return at + FirstFlag(flags);
+      }
+      size_ += 8;
+    }
+    wchar_t last[8] = {};
+    const auto left = static_cast<std::size_t>(std::copy(at, end, last) - last);
+    const BlockFlags flags = CopyBlock(last, stops_at);
+    const std::size_t taken = flags == 0 ? left : std::min(left, FirstFlag(flags));
+    size_ += taken;
+    return at + taken;
   }
 
   /// Where the next `count` units may be written.
@@ -144,6 +165,13 @@ class UnitStack {
   void Advance(std::size_t count) noexcept { size_ += count; }
 
  private:
+  template <typename StopsAt>
+  BlockFlags CopyBlock(const wchar_t* eight, const StopsAt& stops_at) {
+    const UnitBlock<8> block(eight);
+    block.Store(Room(8));
+    return stops_at(block) | UnitBlock<8>::TooWide(eight);
+  }
+
   void Grow(std::size_t count) {
     const std::size_t capacity = std::max({capacity_ * 2, size_ + count, std::size_t{512}});
     auto units = std::make_unique_for_overwrite<char16_t[]>(capacity);

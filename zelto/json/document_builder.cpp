@@ -1,9 +1,6 @@
 #include "zelto/json/document_builder.h"
 
-#include "zelto/json/escapes.h"
-#include "zelto/json/json_encoder.h"
 #include "zelto/json/object_storage.h"
-#include "zelto/json/unit_block.h"
 #include "zelto/json/value_access.h"
 
 #include <algorithm>
@@ -31,34 +28,6 @@ void DocumentBuilder::OpenObject() {
   open_.push_back({members_.size(), text_base_, objects_.size(), values_.size(), closed_length_});
 }
 
-void DocumentBuilder::AppendDecoded(std::wstring_view text) {
-  char16_t* const start = text_.Room((kWideCharacters ? 2 : 1) * text.size() + 8);
-  char16_t* to = start;
-  const wchar_t* at = text.data();
-  const wchar_t* const end = at + text.size();
-  const auto put = [&to](wchar_t character) { UseUnits(character, [&to](char16_t unit) { *to++ = unit; }); };
-  while (at != end) {
-    if (end - at >= 8 && HighBitsOf8(at) == 0) {
-      // Eight are copied, and taken up to a backslash.
-      const UnitBlock<8> block(at);
-      block.Store(to);
-      const BlockFlags flags = block.QuotesAndBackslashes();
-      const std::size_t taken = flags == 0 ? 8 : FirstFlag(flags);
-      at += taken;
-      to += taken;
-      if (flags == 0) {
-        continue;
-      }
-    }
-    if (*at == L'\\') {
-      at = DecodeEscape(at, end, put);
-    } else {
-      put(*at++);
-    }
-  }
-  text_.Advance(static_cast<std::size_t>(to - start));
-}
-
 void DocumentBuilder::SetObject(std::shared_ptr<DataObject> object) {
   Member& member = members_.back();
   member.text = static_cast<std::uint32_t>(objects_.size() - open_.back().objects);
@@ -68,33 +37,37 @@ void DocumentBuilder::SetObject(std::shared_ptr<DataObject> object) {
 
 void DocumentBuilder::BeginItems() {
   Member& member = members_.back();
-  member.text = TextOffset();
+  member.text = OffsetOf(text_.Size());
   member.kind = DataValue::Null;
 }
 
-void DocumentBuilder::AddItem(std::wstring_view text, bool plain, DataValue::EType kind) {
+std::size_t DocumentBuilder::BeginItem() {
+  const std::size_t item = text_.Size();
+  text_.Push(0);  // the length
+  return item;
+}
+
+void DocumentBuilder::AddItem(std::size_t item, DataValue::EType kind) {
+  const std::size_t length = CheckedLength(text_.Size() - item - 1);
   if (InItems()) {
-    AddItemTo(values_.back(), text, plain, kind);
+    AddItemTo(values_.back(), {text_.Data() + item + 1, length}, kind);
+    text_.CutTo(item);
     return;
   }
   if (members_.back().kind == DataValue::Null) {
     members_.back().kind = static_cast<std::uint8_t>(kind);
   }
-  const std::size_t header = text_.Size();
-  text_.Push(0);
-  AppendText(text, plain);
-  const std::size_t length = CheckedLength(text_.Size() - header - 1);
   if (TextList::HeaderSize(length) > 1) {
     text_.Push(0);
-    char16_t* item = text_.Data() + header;
-    std::memmove(item + 2, item + 1, length * sizeof(char16_t));
+    char16_t* const text = text_.Data() + item + 1;
+    std::memmove(text + 1, text, length * sizeof(char16_t));
   }
-  TextList::WriteHeader(text_.Data() + header, length);
+  TextList::WriteHeader(text_.Data() + item, length);
 }
 
 void DocumentBuilder::EndItems() {
   Member& member = members_.back();
-  member.text_length = TextOffset() - member.text;
+  member.text_length = LengthFrom(text_base_ + member.text);
   member.content = member.text_length == 0 ? Content::kNull : Content::kItems;
 }
 
@@ -119,11 +92,8 @@ void DocumentBuilder::AddObjectItem(std::shared_ptr<DataObject> object) {
   values_.back().AddObject(std::move(object));
 }
 
-void DocumentBuilder::AddItemTo(DataValue& value, std::wstring_view text, bool plain, DataValue::EType kind) {
-  std::wstring item(text);
-  if (!plain) {
-    item = Utilities::JsonEncoder::FromEscapedString(item);
-  }
+void DocumentBuilder::AddItemTo(DataValue& value, std::u16string_view text, DataValue::EType kind) {
+  std::wstring item = ToWide(text);
   switch (kind) {
     case DataValue::Integer:
       value.AddIntValue(std::move(item));

@@ -38,23 +38,21 @@ class DocumentBuilder {
   /// @throws std::runtime_error  "Duplicate attribute"
   void CheckOpenObjects();
 
-  /// Begins a property. It is part of the object only when one of the calls below gives it a value.
-  void AddKey(std::wstring_view text, bool plain) {
-    const std::size_t first = text_.Size();
-    AppendText(text, plain);
-    const std::size_t length = text_.Size() - first;
-    text_.Room(kPrefixUnits);
-    members_.push_back({PrefixOf(text_.Data() + first, length), static_cast<std::uint32_t>(first - text_base_),
-                        static_cast<std::uint32_t>(length), 0, 0, static_cast<std::uint32_t>(members_.size()),
-                        Content::kNothing, DataValue::Null});
+  /// Where the reader puts the text of a key or a value before it says what that is.
+  UnitStack& Text() noexcept { return text_; }
+
+  /// Begins a property, whose key is the text from `first` on. It is part of the object only when one of the calls
+  /// below gives it a value.
+  void AddKey(std::size_t first) {
+    members_.push_back({PrefixOf(text_.Data() + first, text_.Size() - first), OffsetOf(first), LengthFrom(first), 0, 0,
+                        static_cast<std::uint32_t>(members_.size()), Content::kNothing, DataValue::Null});
   }
 
-  void SetText(std::wstring_view text, bool plain, DataValue::EType kind) {
+  /// The property's value is the text from `first` on.
+  void SetText(std::size_t first, DataValue::EType kind) {
     Member& member = members_.back();
-    const std::size_t first = text_.Size();
-    AppendText(text, plain);
-    member.text = static_cast<std::uint32_t>(first - text_base_);
-    member.text_length = static_cast<std::uint32_t>(text_.Size() - first);
+    member.text = OffsetOf(first);
+    member.text_length = LengthFrom(first);
     member.kind = static_cast<std::uint8_t>(kind);
     member.content = Content::kText;
   }
@@ -66,7 +64,10 @@ class DocumentBuilder {
 
   /// Begins a list of items, at first of texts. `EndItems` without items makes the property a null.
   void BeginItems();
-  void AddItem(std::wstring_view text, bool plain, DataValue::EType kind);
+  /// Before the text of an item is put; returns the place for `AddItem` or `DropItem`.
+  std::size_t BeginItem();
+  void AddItem(std::size_t item, DataValue::EType kind);
+  void DropItem(std::size_t item) noexcept { text_.CutTo(item); }
   void EndItems();
 
   /// Makes the list a value of its own, to which objects can be added, too. It needs no `EndItems`.
@@ -76,7 +77,7 @@ class DocumentBuilder {
   void AddObjectItem(std::shared_ptr<DataObject> object);
 
   /// Adds a text by the rules of the model.
-  static void AddItemTo(DataValue& value, std::wstring_view text, bool plain, DataValue::EType kind);
+  static void AddItemTo(DataValue& value, std::u16string_view text, DataValue::EType kind);
 
  private:
   enum class Content : std::uint8_t {
@@ -109,15 +110,10 @@ class DocumentBuilder {
 
   static constexpr std::size_t kPrefixUnits = 4;
 
-  // Where the next text goes, within the object's share. It is checked on closing that offsets fit.
-  std::uint32_t TextOffset() const { return static_cast<std::uint32_t>(text_.Size() - text_base_); }
-
-  void AppendText(std::wstring_view text, bool plain) {
-    if (plain) {
-      text_.Append(text);
-    } else {
-      AppendDecoded(text);
-    }
+  // A place in the text, within the object's share. It is checked on closing that offsets and lengths fit.
+  std::uint32_t OffsetOf(std::size_t place) const noexcept { return static_cast<std::uint32_t>(place - text_base_); }
+  std::uint32_t LengthFrom(std::size_t first) const noexcept {
+    return static_cast<std::uint32_t>(text_.Size() - first);
   }
 
   // The first units as one number, the first one on top and zeros for missing ones. Four units are read in any case.
@@ -130,7 +126,6 @@ class DocumentBuilder {
     return length >= kPrefixUnits ? units : units & ~(~std::uint64_t{0} >> 16 * length);
   }
 
-  void AppendDecoded(std::wstring_view text);
   void SortMembers(std::size_t first);
   bool Precedes(const Member& left, const Member& right) const;
   int CompareKeys(const Member& left, const Member& right) const;

@@ -9,27 +9,17 @@ namespace Zelto::Json {
 
 const unsigned int JsonReader::MAXIMUM_NESTING;
 
-struct JsonReader::Scalar {
-  std::wstring_view text;  // of a string, what stands between the quotes
-  bool plain = true;
-  DataValue::EType kind = DataValue::String;
-};
-
-// Takes a string, an integer or a boolean, if there is one.
-inline bool JsonReader::ReadScalar(Scalar& scalar) {
-  scalar.plain = true;
+// Takes a string, an integer or a boolean, if there is one, and appends its text. What an unterminated string leaves
+// behind does not count.
+inline bool JsonReader::ReadScalar(UnitStack& text, DataValue::EType& kind) {
   switch (lexer_.Peek()) {
     case L'"':
-      scalar.kind = DataValue::String;
-      return lexer_.TakeQuotedString(scalar.text, scalar.plain);
+      kind = DataValue::String;
+      return lexer_.TakeQuotedString(text);
     case L't':
-      scalar.kind = DataValue::Boolean;
-      scalar.text = L"true";
-      return lexer_.TakeText(scalar.text);
     case L'f':
-      scalar.kind = DataValue::Boolean;
-      scalar.text = L"false";
-      return lexer_.TakeText(scalar.text);
+      kind = DataValue::Boolean;
+      return lexer_.TakeBoolean(text);
     case L'+':
     case L'-':
     case L'0':
@@ -42,8 +32,8 @@ inline bool JsonReader::ReadScalar(Scalar& scalar) {
     case L'7':
     case L'8':
     case L'9':
-      scalar.kind = DataValue::Integer;
-      scalar.text = lexer_.TakeInteger();
+      kind = DataValue::Integer;
+      lexer_.TakeInteger(text);
       return true;
     default:
       return false;
@@ -88,10 +78,12 @@ std::shared_ptr<DataObject> JsonReader::ParseObject() {
 
 void JsonReader::ParseArray(DataValue& value) {
   WithBuilder([this, &value](DocumentBuilder& builder) {
-    Scalar scalar;
+    UnitStack text;
+    DataValue::EType kind{};
     do {
-      if (ReadScalar(scalar)) {
-        DocumentBuilder::AddItemTo(value, scalar.text, scalar.plain, scalar.kind);
+      text.CutTo(0);
+      if (ReadScalar(text, kind)) {
+        DocumentBuilder::AddItemTo(value, {text.Data(), text.Size()}, kind);
       } else if (lexer_.TakeChar(L'{')) {
         value.AddObject(ReadObject(builder));
         lexer_.ExpectChar(L'}');
@@ -143,12 +135,11 @@ std::shared_ptr<DataObject> JsonReader::ReadObject(DocumentBuilder& builder) {
 // Reads properties of the innermost object. True when another one has begun in it, false when there are no more.
 bool JsonReader::ReadMembers(DocumentBuilder& builder) {
   do {
-    std::wstring_view key;
-    bool plain = true;
-    if (lexer_.Peek() != L'"' || !lexer_.TakeQuotedString(key, plain)) {
+    const std::size_t key = builder.Text().Size();
+    if (lexer_.Peek() != L'"' || !lexer_.TakeQuotedString(builder.Text())) {
       return false;
     }
-    builder.AddKey(key, plain);
+    builder.AddKey(key);
     lexer_.ExpectChar(L':');
     if (ReadMember(builder)) {
       return true;
@@ -159,9 +150,10 @@ bool JsonReader::ReadMembers(DocumentBuilder& builder) {
 
 // Reads a property's value, if there is one. True when an object has begun in it.
 bool JsonReader::ReadMember(DocumentBuilder& builder) {
-  Scalar scalar;
-  if (ReadScalar(scalar)) {
-    builder.SetText(scalar.text, scalar.plain, scalar.kind);
+  const std::size_t text = builder.Text().Size();
+  DataValue::EType kind{};
+  if (ReadScalar(builder.Text(), kind)) {
+    builder.SetText(text, kind);
     return false;
   }
   switch (lexer_.Peek()) {
@@ -188,11 +180,15 @@ bool JsonReader::ReadMember(DocumentBuilder& builder) {
 
 // Reads items of the innermost property. True when an object has begun among them, false when there are no more.
 bool JsonReader::ReadItems(DocumentBuilder& builder) {
-  Scalar scalar;
+  DataValue::EType kind{};
   do {
-    if (ReadScalar(scalar)) {
-      builder.AddItem(scalar.text, scalar.plain, scalar.kind);
-    } else if (lexer_.Peek() == L'{') {
+    const std::size_t item = builder.BeginItem();
+    if (ReadScalar(builder.Text(), kind)) {
+      builder.AddItem(item, kind);
+      continue;
+    }
+    builder.DropItem(item);
+    if (lexer_.Peek() == L'{') {
       builder.BeginObjectItems();
       return BeginObject(builder);
     }

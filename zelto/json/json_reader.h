@@ -53,8 +53,6 @@ class ZELTO_API JsonReader {
   void ParseArray(DataValue& value);
 
  private:
-  struct Scalar;
-
   template <typename Read>
   void WithBuilder(const Read& read);
   std::shared_ptr<DataObject> ReadObject(DocumentBuilder& builder);
@@ -62,7 +60,7 @@ class ZELTO_API JsonReader {
   bool ReadMember(DocumentBuilder& builder);
   bool ReadItems(DocumentBuilder& builder);
   bool BeginObject(DocumentBuilder& builder);
-  inline bool ReadScalar(Scalar& scalar);
+  inline bool ReadScalar(UnitStack& text, DataValue::EType& kind);
 
   Lexer lexer_;
   bool allow_duplicates_ = false;

@@ -3,10 +3,43 @@
 #include "zelto/json/lexer_inline.h"
 #include "zelto/json/number_text.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
 namespace Zelto::Json {
+namespace {
+
+// Appends what a text with escape sequences stands for.
+void AppendDecoded(const wchar_t* at, const wchar_t* end, UnitStack& to) {
+  char16_t* const start = to.Room((kWideCharacters ? 2 : 1) * static_cast<std::size_t>(end - at) + 8);
+  char16_t* end_of_units = start;
+  const auto put = [&end_of_units](wchar_t character) {
+    UseUnits(character, [&end_of_units](char16_t unit) { *end_of_units++ = unit; });
+  };
+  while (at != end) {
+    if (end - at >= 8 && UnitBlock<8>::TooWide(at) == 0) {
+      // Eight are copied, and taken up to a backslash.
+      const UnitBlock<8> block(at);
+      block.Store(end_of_units);
+      const BlockFlags flags = block.QuotesAndBackslashes();
+      const std::size_t taken = flags == 0 ? 8 : FirstFlag(flags);
+      at += taken;
+      end_of_units += taken;
+      if (flags == 0) {
+        continue;
+      }
+    }
+    if (*at == L'\\') {
+      at = DecodeEscape(at, end, put);
+    } else {
+      put(*at++);
+    }
+  }
+  to.Advance(static_cast<std::size_t>(end_of_units - start));
+}
+
+}  // namespace
 
 Lexer::Lexer(const Lexer& other) {
   *this = other;
@@ -14,13 +47,13 @@ Lexer::Lexer(const Lexer& other) {
 
 Lexer& Lexer::operator=(const Lexer& other) {
   if (this != &other) {
-    const bool own_line = other.input_.data() == other.line_.data();
+    const bool own_line = other.end_ == other.line_.data() + other.line_.size();
     error_ = other.error_;
     keep_white_spaces_ = other.keep_white_spaces_;
     line_ = other.line_;
-    pos_ = other.pos_;
     read_line_ = other.read_line_;
-    input_ = own_line ? std::wstring_view(line_) : other.input_;
+    end_ = own_line ? line_.data() + line_.size() : other.end_;
+    at_ = end_ - other.Left();
   }
   return *this;
 }
@@ -31,23 +64,19 @@ void Lexer::SetReadLine(LineSource read_line) {
 
 void Lexer::ReadText(std::wstring_view text) noexcept {
   read_line_ = nullptr;
-  input_ = text;
-  pos_ = 0;
+  at_ = text.data();
+  end_ = at_ + text.size();
 }
 
 void Lexer::ReleaseText() noexcept {
-  input_ = {};
-  pos_ = 0;
+  at_ = end_ = nullptr;
 }
 
 // The next line, in which nothing is taken yet; false at the end of the input.
 bool Lexer::ReadLine() {
-  bool read = false;
-  if (read_line_) {
-    read = read_line_(line_);
-    input_ = line_;
-  }
-  pos_ = read ? 0 : input_.size();
+  const bool read = read_line_ && read_line_(line_);
+  end_ = line_.data() + line_.size();
+  at_ = read ? line_.data() : end_;
   return read;
 }
 
@@ -88,32 +117,53 @@ bool Lexer::CheckString(const std::wstring& text) {
   return TakeText(text);
 }
 
-bool Lexer::CheckEndingDoubleQuotes() {
-  bool escaped = false;
-  for (; CharactersAvailable(); ++pos_) {
-    const wchar_t c = input_[pos_];
-    if (escaped) {
-      escaped = false;
-    } else if (c == L'\\') {
-      escaped = true;
-    } else if (c == L'"') {
-      return true;
+// The next double quote that is not escaped, or the line's end.
+const wchar_t* Lexer::FindEndingQuote() const noexcept {
+  const wchar_t* at = at_;
+  for (;;) {
+    BlockFlags flags = 0;
+    while (end_ - at >= 8 && flags == 0) {
+      flags = UnitBlock<8>(at).QuotesAndBackslashes();
+      at += flags == 0 ? 8 : FirstFlag(flags);
     }
+    // What was found may be a character above U+FFFF whose low bits are the same.
+    while (at != end_ && *at != L'"' && *at != L'\\') {
+      ++at;
+    }
+    if (at == end_ || *at == L'"') {
+      return at;
+    }
+    at += end_ - at > 1 ? 2 : 1;
   }
-  return false;
+}
+
+bool Lexer::CheckEndingDoubleQuotes() {
+  at_ = FindEndingQuote();
+  return CharactersAvailable();
+}
+
+// Goes on with a quoted string where it is not plain any more. Nothing is decoded before its end is found.
+bool Lexer::TakeRestOfQuotedString(UnitStack& to) {
+  const wchar_t* const quote = FindEndingQuote();
+  if (quote == end_) {
+    error_ = true;
+    return false;
+  }
+  AppendDecoded(at_, quote, to);
+  at_ = quote + 1;
+  return true;
 }
 
 bool Lexer::CheckQuotedString(std::wstring& out) {
-  if (Peek() != L'"') {
+  if (!TakeChar(L'"')) {
     return false;
   }
-  std::wstring_view text;
-  bool plain = false;
-  if (!TakeQuotedString(text, plain)) {
-    error_ = false;
+  const wchar_t* const quote = FindEndingQuote();
+  if (quote == end_) {
     return false;
   }
-  out = text;
+  out.assign(at_, quote);
+  at_ = quote + 1;
   return true;
 }
 
@@ -123,15 +173,22 @@ std::wstring Lexer::GetQuotedString() {
     return {};
   }
   ExpectChar(L'"');
-  const std::size_t start = pos_;
-  if (!CheckEndingDoubleQuotes()) {
-    pos_ = start;
+  const wchar_t* const quote = FindEndingQuote();
+  if (quote == end_) {
     error_ = true;
     return {};
   }
-  std::wstring text(input_.substr(start, pos_ - start));
-  ++pos_;
+  std::wstring text(at_, quote);
+  at_ = quote + 1;
   return text;
+}
+
+// Where a character is available.
+std::wstring_view Lexer::TakeInteger() {
+  const wchar_t* const start = at_;
+  at_ += *at_ == L'+' || *at_ == L'-' ? 1 : 0;
+  at_ = std::find_if_not(at_, end_, Utilities::Ascii::IsDigit);
+  return {start, static_cast<std::size_t>(at_ - start)};
 }
 
 bool Lexer::CheckInteger(IntegerToken& out) {
@@ -177,10 +234,9 @@ std::wstring Lexer::GetStringUntil(wchar_t c) {
     error_ = true;
     return {};
   }
-  const std::wstring_view rest = input_.substr(pos_);
-  const std::wstring_view text = rest.substr(0, rest.find(c));
-  pos_ += text.size();
-  return std::wstring(text);
+  const wchar_t* const start = at_;
+  at_ = std::find(at_, end_, c);
+  return std::wstring(start, at_);
 }
 
 }  // namespace Zelto::Json

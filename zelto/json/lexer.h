@@ -12,6 +12,8 @@
 
 namespace Zelto::Json {
 
+class UnitStack;
+
 /// Delivers characters, quoted strings, integers and booleans from a sequence of input lines, which give the same
 /// pieces as the whole text in one line; only a quoted string does not go on in the next line.
 ///
@@ -64,7 +66,7 @@ class ZELTO_API Lexer {
   std::wstring GetStringUntil(wchar_t c);
 
  protected:
-  bool CharactersAvailable() const noexcept { return pos_ < input_.size(); }
+  bool CharactersAvailable() const noexcept { return at_ != end_; }
   /// Goes to the next unescaped double quote of the line; false, at its end, when there is none.
   bool CheckEndingDoubleQuotes();
   /// Skips white space and reads lines until a character is there; false at the end of the input and after an error.
@@ -73,8 +75,6 @@ class ZELTO_API Lexer {
 
  private:
   friend class JsonReader;
-
-  static constexpr std::size_t kNoLineYet = std::wstring_view::npos;
 
   // Reads a text in place, as one line; nothing follows it. The text must stay until `ReleaseText`.
   void ReadText(std::wstring_view text) noexcept;
@@ -90,15 +90,21 @@ class ZELTO_API Lexer {
   inline bool TakeChar(wchar_t c);
   inline void ExpectChar(wchar_t c);
   inline bool TakeText(std::wstring_view text);
-  inline bool TakeQuotedString(std::wstring_view& out, bool& plain);
-  inline std::wstring_view TakeInteger();
+  inline bool TakeQuotedString(UnitStack& to);
+  bool TakeRestOfQuotedString(UnitStack& to);
+  inline void TakeInteger(UnitStack& to);
+  inline bool TakeBoolean(UnitStack& to);
+  std::wstring_view TakeInteger();
+  const wchar_t* FindEndingQuote() const noexcept;
+  std::size_t Left() const noexcept { return static_cast<std::size_t>(end_ - at_); }
 
   bool error_ = false;
   bool keep_white_spaces_ = false;  // white space before a piece is not skipped
   std::wstring line_;
-  std::size_t pos_ = kNoLineYet;
   LineSource read_line_;
-  std::wstring_view input_;  // the current line: `line_`, or the text that is read in place
+  // What is left of the current line: of `line_`, or of the text that is read in place.
+  const wchar_t* at_ = nullptr;
+  const wchar_t* end_ = nullptr;
 };
 
 }  // namespace Zelto::Json

@@ -1,125 +1,56 @@
 /// @file
-/// Text in steps of several units, which are the lanes of a vector where the compiler has vectors. Not installed.
+/// Text in steps of several units. Not installed.
 #pragma once
 
 #include "zelto/json/escapes.h"
+#include "zelto/json/unit_lanes.h"
 
-#include <array>
 #include <bit>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
-#include <type_traits>
 
 namespace Zelto::Json {
 
-/// One byte per unit, the first unit's in the lowest bits: 0 when its flag is clear.
-using BlockFlags = std::uint64_t;
-
 /// The number of units before the first one whose flag is set.
 inline std::size_t FirstFlag(BlockFlags flags) noexcept {
-  static_assert(std::endian::native == std::endian::little);
-  return static_cast<std::size_t>(std::countr_zero(flags)) / 8;
+  return static_cast<std::size_t>(std::countr_zero(flags)) / 2;
 }
 
-/// `Count` units, at most 8. Of wider characters only the low 16 bits are kept.
+/// `Count` units, 4 or 8. Of wider characters only the low 16 bits are kept.
 template <std::size_t Count>
 class UnitBlock {
  public:
   template <typename Unit>
-  explicit UnitBlock(const Unit* from) noexcept {
-    LanesOf<Unit> wide;
-    std::memcpy(&wide, from, sizeof(wide));
-    Convert(wide, lanes_);
-  }
+  explicit UnitBlock(const Unit* from) noexcept : lanes_(UnitLanes::Load<Count>(from)) {}
 
   template <typename Unit>
   void Store(Unit* to) const noexcept {
-    LanesOf<Unit> wide;
-    Convert(lanes_, wide);
-    std::memcpy(to, &wide, sizeof(wide));
+    lanes_.template Store<Count>(to);
   }
 
   /// The masked and the non-printing units.
   BlockFlags ToEscape() const noexcept {
-    return FlagsOf(
-        [](auto unit) { return (unit == '"') | (unit == '\\') | (unit == '/') | (unit < kFirstPrintingCode); });
+    return kMask & (lanes_.EqualTo('"') | lanes_.EqualTo('\\') | lanes_.EqualTo('/') | lanes_.Below(kFirstPrintingCode))
+                       .Flags();
   }
 
   /// The units that matter within a quoted string.
   BlockFlags QuotesAndBackslashes() const noexcept {
-    return FlagsOf([](auto unit) { return (unit == '"') | (unit == '\\'); });
+    return kMask & (lanes_.EqualTo('"') | lanes_.EqualTo('\\')).Flags();
+  }
+
+  BlockFlags NotDigits() const noexcept { return kMask & ~(lanes_ - '0').Below(10).Flags(); }
+
+  /// The characters above U+FFFF among `Count` ones.
+  template <typename Unit>
+  static BlockFlags TooWide(const Unit* from) noexcept {
+    return sizeof(Unit) == sizeof(char16_t) ? 0 : kMask & ~UnitLanes::LoadHigh<Count>(from).EqualTo(0).Flags();
   }
 
  private:
-#if defined(__GNUC__)
-  template <typename Lane>
-  struct VectorOf {
-    typedef Lane Type __attribute__((vector_size(sizeof(Lane) * Count)));
-  };
-  template <typename Unit>
-  using LanesOf =
-      typename VectorOf<std::conditional_t<sizeof(Unit) == sizeof(std::uint16_t), std::uint16_t, std::uint32_t>>::Type;
-  using Lanes = LanesOf<char16_t>;
+  static constexpr BlockFlags kMask = (BlockFlags{1} << 2 * Count) - 1;
 
-  template <typename From, typename To>
-  static void Convert(const From& from, To& to) noexcept {
-    to = __builtin_convertvector(from, To);
-  }
-
-  template <typename Test>
-  BlockFlags FlagsOf(const Test& test) const noexcept {
-    typename VectorOf<std::int8_t>::Type bytes;
-    Convert(test(lanes_), bytes);
-    BlockFlags flags = 0;
-    std::memcpy(&flags, &bytes, sizeof(bytes));
-    return flags;
-  }
-#else
-  template <typename Unit>
-  using LanesOf = std::array<Unit, Count>;
-  using Lanes = LanesOf<std::uint16_t>;
-
-  template <typename From, typename To>
-  static void Convert(const From& from, To& to) noexcept {
-    for (std::size_t i = 0; i < Count; ++i) {
-      to[i] = static_cast<typename To::value_type>(from[i]);
-    }
-  }
-
-  template <typename Test>
-  BlockFlags FlagsOf(const Test& test) const noexcept {
-    BlockFlags flags = 0;
-    for (std::size_t i = 0; i < Count; ++i) {
-      flags |= BlockFlags{test(lanes_[i]) ? 0xFFU : 0U} << (8 * i);
-    }
-    return flags;
-  }
-#endif
-
-  Lanes lanes_;
+  UnitLanes lanes_;
 };
-
-/// Not 0 when a character is above U+FFFF.
-inline std::uint32_t HighBitsOf(wchar_t character) noexcept {
-  if constexpr (sizeof(wchar_t) > sizeof(char16_t)) {
-    return static_cast<std::uint32_t>(character) >> 16;
-  } else {
-    return 0;
-  }
-}
-
-/// The same for eight characters at once.
-inline std::uint32_t HighBitsOf8(const wchar_t* characters) noexcept {
-  if constexpr (sizeof(wchar_t) > sizeof(char16_t)) {
-    std::uint64_t pairs[4];
-    std::memcpy(pairs, characters, sizeof(pairs));
-    const std::uint64_t seen = pairs[0] | pairs[1] | pairs[2] | pairs[3];
-    return static_cast<std::uint32_t>((seen | seen >> 32) >> 16) & 0xFFFFU;
-  } else {
-    return 0;
-  }
-}
 
 /// Calls `use(block, position)` with blocks that cover `size` units, the last two of which may overlap; below four
 /// units `use_unit(position)` with each instead. Stops when a call returns false, and returns what the last one did.
