@@ -59,7 +59,9 @@ class ZELTO_API JsonWriter {
   void WriteSorted(const DataObject& object);
 
   /// Writes a text in double quotes. With a masked character in it (see `JsonEncoder`) it is escaped, otherwise it is
-  /// written as it is, non-printing characters included.
+  /// written as it is, non-printing characters included. A character above U+FFFF becomes its surrogate pair.
+  ///
+  /// @throws std::range_error  "bad conversion" above U+10FFFF
   void WriteStringValue(const std::wstring& text);
 
   /// Writes a property of the innermost object, with a comma in front where one is needed. Keys are written as they
