@@ -42,6 +42,7 @@ class SignalStorm {
   ~SignalStorm() {
     over_ = true;
     thread_.join();
+    ::signal(SIGUSR1, SIG_IGN);  // drops what a thread has not taken yet: the former action ends the process
     ::sigaction(SIGUSR1, &before_, nullptr);
   }
   SignalStorm(const SignalStorm&) = delete;
