@@ -83,7 +83,9 @@ class ZELTO_API MultiClientNamedPipeServer final : public IMultiClientNamedPipeS
   /// @param timeout_ms        the pipe's default time-out for clients that wait for a free instance
   /// @param buffer_size       the pipe's buffers, in bytes, and the read chunk, in code units; 0 counts as 4096, and a
   ///                          chunk has at most 0x7FFFFFFF units
-  /// @param allow_everyone    every user may connect; otherwise only the same user and administrators
+  /// @param allow_everyone    every user may connect, and on Windows also make further instances of the pipe; otherwise
+  ///                          only the server's user and root (Linux), or the server's user, administrators and the
+  ///                          system (Windows). More in docs/security.md.
   /// @param client_dropped    called once for each accepted client that goes away or is dropped; must be set: otherwise
   ///                          `std::bad_function_call` is reported in its place
   /// @throws std::runtime_error  "Named pipe name should not be empty"

@@ -26,7 +26,10 @@ struct PipeSettings {
   std::uint32_t maximum_instances = 255;  ///< of this name, 1 to 254; 255 means no limit. The first instance's counts.
   std::uint32_t buffer_size = 4096;       ///< input and output buffer, bytes; a hint on Windows, unused on Linux
   std::uint32_t default_timeout_ms = 0;   ///< Windows: of `WaitForFreePipe` with time-out 0; 0 means 50 ms
-  bool allow_everyone = false;            ///< every user may connect; otherwise the same user and administrators
+  /// Every user may connect, and on Windows also make further instances. Otherwise only the server's user and root
+  /// (Linux), or the server's user, administrators and the system (Windows: others may read, but `OpenPipe` asks for
+  /// more).
+  bool allow_everyone = false;
 };
 
 /// Makes one more instance of a pipe, on which one client at a time can be served.
