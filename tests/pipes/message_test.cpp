@@ -54,6 +54,27 @@ TEST(PipeMessages, AreReadInChunksOf4096CodeUnits) {
   EXPECT_EQ(pair.client->ReadMessage().get(), std::wstring(4096 + 10, L'y'));
 }
 
+TEST(PipeMessages, LeaveNothingToTheNextOne) {
+  using namespace std::string_literals;
+  const EchoServer echo(UniquePipeName(), Encoding::Utf8, 100);
+  echo.Start();
+  const auto client = OpenClient(echo.name, kLimitMs);
+  for (const std::size_t length : {250U, 99U, 5U, 1U}) {
+    EXPECT_EQ(Ask(*client, std::wstring(length, L'm')), L"0:" + std::wstring(length, L'm'));
+  }
+  BareServerAndClient pair;
+  const auto answer = [&pair](Encoding encoding, const std::string& bytes) {
+    pair.client->SetEncoding(encoding);
+    EXPECT_EQ(pair.server.Write(bytes), Platform::kSuccess);
+    return pair.client->ReadMessage().get();
+  };
+  EXPECT_EQ(answer(Encoding::Utf8, "\xE2\x82\xAC text"), L"\u20AC text");
+  EXPECT_EQ(answer(Encoding::Utf8, "ab"), L"ab");
+  EXPECT_EQ(answer(Encoding::Utf16, "c\1d\1"s), L"\u0163\u0164");
+  EXPECT_EQ(answer(Encoding::Utf16, "e"), L"e");  // half a unit, completed by a zero
+  EXPECT_EQ(answer(Encoding::Utf8, ""), L"");
+}
+
 TEST(PipeMessages, ABadChunkCostsItsMessageOnly) {
   BareServerAndClient pair;
   const std::string filler(4095, 'x');

@@ -31,11 +31,11 @@ SharedHandle MakeStopEvent() {
 const std::uint32_t ActiveNamedPipeServerConnection::RESPONSE_TIMEOUT;
 
 std::shared_ptr<ActiveNamedPipeServerConnection> ActiveNamedPipeServerConnection::Create(
-    unsigned int id, std::shared_ptr<NamedPipeInstance> instance, std::uint32_t timeout_ms, std::uint32_t buffer_size,
-    NamedPipeMessageEncoding encoding, MessageReceivedCallback message_received, ClientDroppedCallback client_dropped) {
-  std::shared_ptr<ActiveNamedPipeServerConnection> self(
-      new ActiveNamedPipeServerConnection(id, std::move(instance), timeout_ms, buffer_size, encoding,
-                                          std::move(message_received), std::move(client_dropped)));
+    unsigned int id, std::shared_ptr<NamedPipeInstance> instance, std::uint32_t /*timeout_ms*/,
+    std::uint32_t buffer_size, NamedPipeMessageEncoding encoding, MessageReceivedCallback message_received,
+    ClientDroppedCallback client_dropped) {
+  std::shared_ptr<ActiveNamedPipeServerConnection> self(new ActiveNamedPipeServerConnection(
+      id, std::move(instance), buffer_size, encoding, std::move(message_received), std::move(client_dropped)));
   self->self_ = self;
   // The thread shares `self`; what callers own stops the connection when the last of them goes.
   return {self.get(), [self](ActiveNamedPipeServerConnection*) mutable {
@@ -45,11 +45,10 @@ std::shared_ptr<ActiveNamedPipeServerConnection> ActiveNamedPipeServerConnection
 }
 
 ActiveNamedPipeServerConnection::ActiveNamedPipeServerConnection(
-    unsigned int id, std::shared_ptr<NamedPipeInstance> instance, std::uint32_t timeout_ms, std::uint32_t buffer_size,
+    unsigned int id, std::shared_ptr<NamedPipeInstance> instance, std::uint32_t buffer_size,
     NamedPipeMessageEncoding encoding, MessageReceivedCallback message_received, ClientDroppedCallback client_dropped)
     : id_(id),
       instance_(std::move(instance)),
-      timeout_ms_(timeout_ms),
       buffer_size_(buffer_size == 0 ? kDefaultBufferSize : std::min(buffer_size, kLargestBufferSize)),
       encoding_(encoding),
       message_received_(std::move(message_received)),
@@ -133,8 +132,9 @@ void ActiveNamedPipeServerConnection::Run(std::uint64_t run) noexcept {
 
 // A callback that stops the connection and starts it again leaves this run for good.
 void ActiveNamedPipeServerConnection::ReceiveData(std::uint64_t run) {
+  AsyncIOBuffer buffer(encoding_, static_cast<std::size_t>(buffer_size_));
   std::wstring message;
-  while (current_run_ == run && ReadMessage(message)) {
+  while (current_run_ == run && ReadMessage(buffer, message)) {
     if (!message_received_ || message.empty()) {
       continue;
     }
@@ -156,11 +156,10 @@ void ActiveNamedPipeServerConnection::ReceiveData(std::uint64_t run) {
   }
 }
 
-bool ActiveNamedPipeServerConnection::ReadMessage(std::wstring& message) {
+bool ActiveNamedPipeServerConnection::ReadMessage(AsyncIOBuffer& buffer, std::wstring& message) {
   message.clear();
-  AsyncIOBuffer buffer(encoding_, static_cast<std::size_t>(buffer_size_));
   // `RequestStop` disconnects the pipe, too: where that ends a read, the wait is for the read alone.
-  const TransferLimits limits{.stop = Platform::DisconnectEndsReads() ? SharedHandle() : stop_event_,
+  const TransferLimits limits{.stop = Platform::DisconnectEndsReads() ? nullptr : &stop_event_,
                               .maximum_bytes = maximum_message_size_};
   const std::lock_guard guard(io_lock_);
   const TransferResult result =
@@ -185,7 +184,7 @@ bool ActiveNamedPipeServerConnection::Respond(const std::wstring& message) {
   const AsyncIOBuffer buffer(encoding_, message);
   const std::lock_guard guard(io_lock_);
   const TransferResult result = WriteWholeMessage({instance_->pipe, instance_->event, instance_->overlapped}, buffer,
-                                                  {.timeout_ms = RESPONSE_TIMEOUT, .stop = stop_event_});
+                                                  {.timeout_ms = RESPONSE_TIMEOUT, .stop = &stop_event_});
   const bool failed = result.status == TransferStatus::Refused || result.status == TransferStatus::Failed;
   if (failed && IsRunning() && !IsPeerGone(result.error)) {
     throw Win32Exception("Error writing to named pipe", result.error);

@@ -17,6 +17,8 @@
 
 namespace Zelto::Utilities {
 
+class AsyncIOBuffer;
+
 /// Given a connection's ID and a message, returns the answer; an empty one is not sent. Runs on the connection's
 /// thread, one message at a time per client; different clients' at the same time. One that throws costs the client its
 /// connection, and the diagnostics sink hears of it. The message is the callback's own: one that takes it by value may
@@ -59,7 +61,8 @@ class ZELTO_API ActiveNamedPipeServerConnection final : public IActiveNamedPipeS
   /// Makes a connection that does not run yet.
   ///
   /// @param instance     a pipe instance with a client
-  /// @param timeout_ms   the server's time-out; reads wait without a limit and answers by `RESPONSE_TIMEOUT`
+  /// @param timeout_ms   the server's time-out, which bounds nothing here: reads wait without a limit, and answers for
+  ///                     `RESPONSE_TIMEOUT`
   /// @param buffer_size  read chunk in code units; 0 counts as 4096, and more than 0x7FFFFFFF as that
   /// @throws Win32Exception  "ActiveNamedPipeServerConnection: Failed to create stop event."
   static std::shared_ptr<ActiveNamedPipeServerConnection> Create(unsigned int id,
@@ -95,13 +98,12 @@ class ZELTO_API ActiveNamedPipeServerConnection final : public IActiveNamedPipeS
   static constexpr std::uint64_t kNoRun = 0;
 
   ActiveNamedPipeServerConnection(unsigned int id, std::shared_ptr<NamedPipeInstance> instance,
-                                  std::uint32_t timeout_ms, std::uint32_t buffer_size,
-                                  NamedPipeMessageEncoding encoding, MessageReceivedCallback message_received,
-                                  ClientDroppedCallback client_dropped);
+                                  std::uint32_t buffer_size, NamedPipeMessageEncoding encoding,
+                                  MessageReceivedCallback message_received, ClientDroppedCallback client_dropped);
 
   void Run(std::uint64_t run) noexcept;
   void ReceiveData(std::uint64_t run);
-  bool ReadMessage(std::wstring& message);
+  bool ReadMessage(AsyncIOBuffer& buffer, std::wstring& message);
   void Release(std::thread thread) noexcept;
 
   const unsigned int id_;
@@ -111,7 +113,6 @@ class ZELTO_API ActiveNamedPipeServerConnection final : public IActiveNamedPipeS
   CriticalSection io_lock_;
   CriticalSection pipe_lock_;  // with the I/O lock, for letting go of the instance's pipe
   const std::shared_ptr<NamedPipeInstance> instance_;
-  [[maybe_unused]] const std::uint32_t timeout_ms_;
   const std::uint32_t buffer_size_;
   const NamedPipeMessageEncoding encoding_;
   const MessageReceivedCallback message_received_;

@@ -54,19 +54,20 @@ std::size_t AsyncIOBuffer::TransferSize() const noexcept {
   return data_.size() - OwnTerminator(encoding_);
 }
 
-std::wstring AsyncIOBuffer::Text() const {
+std::wstring AsyncIOBuffer::Text(std::size_t size) const {
   if (encoding_ == NamedPipeMessageEncoding::Utf8) {
-    return StringUtilities::Utf8ToUtf16(data_);
+    return StringUtilities::Utf8ToUtf16(std::string_view(data_.data(), size));
   }
   const std::uint8_t* const bytes = TransferData();
-  std::size_t count = 0;
-  while (count < TransferSize() / 2 && (bytes[2 * count] | bytes[2 * count + 1]) != 0) {
-    ++count;
-  }
-  std::wstring text(count, L'\0');
-  for (std::size_t i = 0; i < count; ++i) {
+  const std::size_t whole_units = size / 2;
+  std::wstring text(whole_units + size % 2, L'\0');
+  for (std::size_t i = 0; i < whole_units; ++i) {
     text[i] = static_cast<wchar_t>(bytes[2 * i] | bytes[2 * i + 1] << 8);
   }
+  if (size % 2 != 0) {
+    text.back() = static_cast<wchar_t>(bytes[size - 1]);
+  }
+  text.resize(std::min(text.find(L'\0'), text.size()));
   return text;
 }
 

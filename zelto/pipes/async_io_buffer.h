@@ -32,8 +32,10 @@ class ZELTO_API AsyncIOBuffer {
   AsyncIOBuffer& operator=(const AsyncIOBuffer&) = default;
   AsyncIOBuffer& operator=(AsyncIOBuffer&&) noexcept = default;
 
-  /// Sets every byte to zero, as before each read.
+  /// Sets every byte to zero.
   void Clear() noexcept;
+
+  NamedPipeMessageEncoding Encoding() const noexcept { return encoding_; }
 
   std::uint8_t* TransferData() noexcept { return reinterpret_cast<std::uint8_t*>(data_.data()); }
   const std::uint8_t* TransferData() const noexcept { return reinterpret_cast<const std::uint8_t*>(data_.data()); }
@@ -44,7 +46,12 @@ class ZELTO_API AsyncIOBuffer {
   /// The contents up to the first zero code unit, as text.
   ///
   /// @throws std::range_error  "bad conversion" on malformed UTF-8
-  std::wstring Text() const;
+  std::wstring Text() const { return Text(TransferSize()); }
+
+  /// The same of the first `size` bytes alone, as many as a read brought: whatever stands behind them counts as zero.
+  ///
+  /// @param size  at most `TransferSize`
+  std::wstring Text(std::size_t size) const;
 
  private:
   std::string data_;  // the bytes, and in UTF-16 one zero byte more

@@ -60,9 +60,12 @@ std::wstring ClientPipeInstance::Read(NamedPipeMessageEncoding encoding, std::ui
     throw std::runtime_error("Pipe already closed");
   }
   event.Reset();
-  AsyncIOBuffer buffer(encoding, AsyncNamedPipeClient::MAX_MESSAGE_SIZE);
+  if (!read_buffer_ || read_buffer_->Encoding() != encoding) {
+    read_buffer_.emplace(encoding, std::size_t{AsyncNamedPipeClient::MAX_MESSAGE_SIZE});
+  }
   std::wstring text;
-  const TransferResult result = ReadWholeMessage({pipe, event, overlapped}, buffer, {.timeout_ms = timeout_ms}, text);
+  const TransferResult result =
+      ReadWholeMessage({pipe, event, overlapped}, *read_buffer_, {.timeout_ms = timeout_ms}, text);
   switch (result.status) {
     case TransferStatus::Done:
       return text;

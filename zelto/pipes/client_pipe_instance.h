@@ -63,6 +63,7 @@ class ClientPipeInstance {
   void RequireOpen() const;
   void CloseNow(std::uint32_t timeout_ms) noexcept;
 
+  std::optional<AsyncIOBuffer> read_buffer_;  // of the last read's encoding; guarded by the lock
   const std::shared_ptr<DetachedWriter> detached_writer_;
   std::atomic<int> closing_ = 0;
 };

@@ -16,9 +16,10 @@ using Platform::PipeOperation;
 TransferResult Complete(PipeOperation& operation, const TransferLimits& limits, std::uint32_t& transferred) noexcept {
   if (operation.IsPending()) {
     // The operation stands first: what is there already is taken even when the stop event is signalled too.
-    const std::array<Platform::Waitable, 2> things{operation, limits.stop};
-    const std::span<const Platform::Waitable> waited(things.data(), limits.stop ? 2 : 1);
-    const std::uint32_t ready = Platform::WaitForAny(waited, limits.timeout_ms);
+    const std::uint32_t ready =
+        limits.stop == nullptr
+            ? Platform::WaitForAny(std::array<Platform::Waitable, 1>{operation}, limits.timeout_ms)
+            : Platform::WaitForAny(std::array<Platform::Waitable, 2>{operation, *limits.stop}, limits.timeout_ms);
     if (ready != 0) {
       const ErrorCode error = Platform::GetLastErrorCode();
       operation.Cancel();
@@ -49,9 +50,6 @@ TransferResult ReadWholeMessage(const TransferEnd& end, AsyncIOBuffer& buffer, c
   std::uint64_t gathered = 0;
   std::exception_ptr failure;
   while (true) {
-    if (gathered != 0) {
-      buffer.Clear();
-    }
     const ErrorCode begun =
         operation.BeginRead(buffer.TransferData(), static_cast<std::uint32_t>(buffer.TransferSize()));
     if (begun != Platform::kSuccess && begun != Platform::kIoPending && begun != Platform::kMoreData) {
@@ -70,9 +68,9 @@ TransferResult ReadWholeMessage(const TransferEnd& end, AsyncIOBuffer& buffer, c
     if (count != 0 && !failure) {
       try {
         if (text.empty()) {
-          text = buffer.Text();
+          text = buffer.Text(count);
         } else {
-          text += buffer.Text();
+          text += buffer.Text(count);
         }
       } catch (...) {
         failure = std::current_exception();

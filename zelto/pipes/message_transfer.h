@@ -29,7 +29,7 @@ struct TransferResult {
 /// What bounds a transfer.
 struct TransferLimits {
   std::uint32_t timeout_ms = Platform::kInfinite;  ///< of each wait
-  SharedHandle stop{};                             ///< ends it early; may be empty
+  const SharedHandle* stop = nullptr;              ///< an event that ends it early; may be null
   std::uint64_t maximum_bytes = 0;                 ///< of a message that is read; 0 means no limit
 };
 
@@ -40,7 +40,7 @@ struct TransferEnd {
   Platform::OverlappedRecord& record;
 };
 
-/// Reads one message, chunk by chunk into `buffer`, which must be clear, and appends its text to `text`. Each chunk is
+/// Reads one message, chunk by chunk into `buffer`, whatever that held, and appends its text to `text`. Each chunk is
 /// decoded on its own.
 ///
 /// Nothing is pending when it returns or throws. Text gathered before a failure is of no use.
