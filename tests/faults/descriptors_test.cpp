@@ -123,7 +123,7 @@ TEST(OutOfDescriptors, PoolsAndTimersNeedNone) {
   ThreadPool pool(2);
   pool.Start();
   pool.ScheduleTask([] {}).get();
-  Happenings ticks;
+  Counter ticks;
   TimerThread thread([&] { ticks.Add(); }, 1);
   thread.Start();
   Timer timer(1, true, [&] { ticks.Add(); });

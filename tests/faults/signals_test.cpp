@@ -103,7 +103,7 @@ TEST(Interruptions, TasksRunOnceAndTimersKeepTheirTime) {
   pool.Stop();
 
   constexpr std::uint32_t kIntervalMs = 100;
-  Happenings ticks;
+  Counter ticks;
   const auto begin = Clock::now();
   TimerThread thread([&] { ticks.Add(0); }, kIntervalMs);
   thread.Start();

@@ -1,7 +1,8 @@
 #include "zelto/files/file_appender.h"
 
-#include "tests/files/log_support.h"
+#include "tests/support/diagnostics_recorder.h"
 #include "tests/support/small_stack_thread.h"
+#include "tests/support/temp_folder.h"
 #include "zelto/platform/files.h"
 #include "zelto/text/exceptions/file_system_exception.h"
 #include "zelto/text/exceptions/win32_exception.h"
@@ -42,7 +43,7 @@ TEST(FileAppender, WritesLinesInUtf8WithTheirEnds) {
 TEST(FileAppender, DropsALineWithoutUtf8FormWholeAndReportsIt) {
   const TempFolder folder;
   const std::wstring path = folder / L"agent.log";
-  Reports reports;
+  DiagnosticsRecorder reports;
   FileAppender log(path);
   log.AppendLine(L"before");
   for (const std::wstring& line :

@@ -1,4 +1,5 @@
-#include "tests/files/log_support.h"
+#include "tests/support/diagnostics_recorder.h"
+#include "tests/support/temp_folder.h"
 #include "zelto/files/file_appender.h"
 #include "zelto/platform/files.h"
 #include "zelto/text/exceptions/file_system_exception.h"
@@ -72,7 +73,7 @@ TEST(LogFaults, AFolderInTheLogsPlaceStaysAndLosesLines) {
   const TempFolder folder;
   const std::wstring path = folder / L"agent.log";
   std::filesystem::create_directory(Native(path));
-  Reports reports;
+  DiagnosticsRecorder reports;
   FileAppender log(path);
   log.SetMaxFileSize(-1);
   log.AppendLine(L"lost");

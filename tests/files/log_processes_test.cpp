@@ -1,5 +1,5 @@
-#include "tests/files/log_support.h"
 #include "tests/support/child_process.h"
+#include "tests/support/temp_folder.h"
 #include "zelto/files/file_appender.h"
 
 #include <gtest/gtest.h>

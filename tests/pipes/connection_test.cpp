@@ -1,5 +1,4 @@
 #include "tests/pipes/pipe_fixture.h"
-#include "tests/support/counter.h"
 
 namespace Zelto::Utilities {
 namespace {
@@ -13,7 +12,7 @@ TEST(PipeServerConnection, RunsWithoutAServerToo) {
   end.Accept();
   auto instance = std::make_shared<NamedPipeInstance>();
   instance->pipe = end.pipe;
-  Happenings dropped;
+  Counter dropped;
   std::shared_ptr<ActiveNamedPipeServerConnection> connection = ActiveNamedPipeServerConnection::Create(
       9, instance, 5000, 4096, Encoding::Utf8,
       [](unsigned int id, const std::wstring& message) { return message + std::to_wstring(id); },
@@ -36,7 +35,7 @@ TEST(PipeServerConnection, StoppedAndStartedByItsCallbackItDropsItsClientOnce) {
   end.Accept();
   auto instance = std::make_shared<NamedPipeInstance>();
   instance->pipe = std::move(end.pipe);
-  Testing::Counter dropped;
+  Counter dropped;
   ActiveNamedPipeServerConnection* self = nullptr;
   const auto connection = ActiveNamedPipeServerConnection::Create(
       9, instance, 5000, 4096, Encoding::Utf8,

@@ -2,26 +2,23 @@
 /// Servers, clients and bare pipe ends for the pipe tests.
 #pragma once
 
+#include "tests/platform/pipe_support.h"
+#include "tests/support/diagnostics_recorder.h"
 #include "zelto/pipes/async_named_pipe_client.h"
 #include "zelto/pipes/multi_client_named_pipe_server.h"
 #include "zelto/platform/message_pipe.h"
 #include "zelto/platform/process.h"
-#include "zelto/text/diagnostics.h"
 #include "zelto/text/exceptions/win32_exception.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -29,8 +26,11 @@ namespace Zelto::Utilities {
 
 using Encoding = NamedPipeMessageEncoding;
 using Clock = std::chrono::steady_clock;
+using Testing::Counter;
+using Testing::DiagnosticsRecorder;
+using Testing::Eventually;
+using Testing::kLimit;
 
-inline constexpr std::chrono::seconds kLimit{20};
 inline constexpr std::uint32_t kLimitMs = 20000;
 
 /// A name that no other test, and no other run, uses.
@@ -39,70 +39,12 @@ inline std::wstring UniquePipeName() {
   return L"zelto-test-" + std::to_wstring(Platform::CurrentProcessId()) + L"-" + std::to_wstring(++count);
 }
 
-/// Waits, generously, until something that other threads bring about is so.
-template <class Condition>
-bool Eventually(const Condition& condition) {
-  const auto end = Clock::now() + kLimit;
-  while (!condition()) {
-    if (Clock::now() > end) {
-      return false;
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
-  }
-  return true;
+inline std::shared_ptr<MultiClientNamedPipeServer> MakeServer(
+    const std::wstring& name, MessageReceivedCallback message_received,
+    ClientDroppedCallback client_dropped = [](unsigned int) {}) {
+  return MultiClientNamedPipeServer::Create(name, std::move(message_received), Encoding::Utf8, 5000, 4096, false,
+                                            std::move(client_dropped));
 }
-
-/// Something that happened on other threads, as often as it did.
-class Happenings {
- public:
-  void Add(unsigned int id = 0) {
-    const std::lock_guard guard(mutex_);
-    ids_.push_back(id);
-    changed_.notify_all();
-  }
-  bool WaitFor(std::size_t count) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, kLimit, [&] { return ids_.size() >= count; });
-  }
-  std::vector<unsigned int> Ids() const {
-    const std::lock_guard guard(mutex_);
-    return ids_;
-  }
-
- private:
-  mutable std::mutex mutex_;
-  std::condition_variable changed_;
-  std::vector<unsigned int> ids_;
-};
-
-/// Takes what is told to the diagnostics sink while it lives.
-class DiagnosticsRecorder {
- public:
-  DiagnosticsRecorder() {
-    Diagnostics::SetSink([heard = heard_](const std::wstring& text) {
-      const std::lock_guard guard(heard->mutex);
-      heard->text += text + L"\n";
-    });
-  }
-  ~DiagnosticsRecorder() { Diagnostics::SetSink({}); }
-  DiagnosticsRecorder(const DiagnosticsRecorder&) = delete;
-  DiagnosticsRecorder& operator=(const DiagnosticsRecorder&) = delete;
-
-  /// Waits until a text with these words was heard.
-  bool Heard(const std::wstring& words) const {
-    return Eventually([&] {
-      const std::lock_guard guard(heard_->mutex);
-      return heard_->text.find(words) != std::wstring::npos;
-    });
-  }
-
- private:
-  struct Texts {
-    std::mutex mutex;
-    std::wstring text;
-  };
-  const std::shared_ptr<Texts> heard_ = std::make_shared<Texts>();
-};
 
 /// A server that answers "<id>:<message>", and what happened to it.
 struct EchoServer {
@@ -116,7 +58,7 @@ struct EchoServer {
   void Start(PipeAuthenticationCallback authenticate = {}) const { server->Start(std::move(authenticate)); }
 
   std::wstring name;
-  std::shared_ptr<Happenings> dropped = std::make_shared<Happenings>();
+  std::shared_ptr<Counter> dropped = std::make_shared<Counter>();
   std::shared_ptr<MultiClientNamedPipeServer> server;
 };
 
@@ -133,16 +75,24 @@ inline std::wstring Ask(AsyncNamedPipeClient& client, const std::wstring& messag
   return client.ReadMessage().get();
 }
 
+/// Writes requests and never reads until the server's answer is stuck: then the server reads no more, either.
+inline void StopReading(AsyncNamedPipeClient& client) {
+  client.SetTimeout(300);
+  EXPECT_THROW(
+      {
+        for (int i = 0; i < 100000; ++i) {
+          client.WriteMessage(std::wstring(60000, L'w')).get();
+        }
+      },
+      std::runtime_error);
+}
+
 /// One end of a pipe without any of the classes under test.
-class BareEnd {
- public:
+struct BareEnd {
   /// A server's instance, with room for some messages that nobody reads. @param instances  the most the pipe may have
   static BareEnd Listen(const std::wstring& name, std::uint32_t instances = 255) {
-    BareEnd end;
-    const Platform::ErrorCode code = Platform::CreatePipeInstance(
-        {.name = L"\\\\.\\pipe\\" + name, .maximum_instances = instances, .buffer_size = 65536}, end.pipe);
-    EXPECT_EQ(code, Platform::kSuccess);
-    return end;
+    return {Platform::Testing::MakeInstance(
+        Platform::PipeSettings{.name = L"\\\\.\\pipe\\" + name, .maximum_instances = instances, .buffer_size = 65536})};
   }
 
   /// A client's end.
@@ -159,50 +109,15 @@ class BareEnd {
   }
 
   /// Waits for a client.
-  void Accept() {
-    SharedHandle event;
-    Platform::OverlappedRecord record;
-    Platform::PipeOperation operation(pipe, event, record);
-    operation.BeginConnect();
-    EXPECT_EQ(Complete(operation).first, Platform::kSuccess);
-  }
-
-  Platform::ErrorCode Write(std::string_view bytes) {
-    SharedHandle event;
-    Platform::OverlappedRecord record;
-    Platform::PipeOperation operation(pipe, event, record);
-    const Platform::ErrorCode begun = operation.BeginWrite(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-    return begun == Platform::kIoPending ? Complete(operation).first : begun;
-  }
-
-  /// Reads a message of at most 64 KiB. @return the error and the bytes
+  void Accept() { EXPECT_EQ(Platform::Testing::Connect(pipe), Platform::kSuccess); }
+  Platform::ErrorCode Write(const std::string& bytes) { return Platform::Testing::Write(pipe, bytes); }
+  /// @return the error and the bytes
   std::pair<Platform::ErrorCode, std::string> Read() {
-    std::string bytes(65536, '\0');
-    SharedHandle event;
-    Platform::OverlappedRecord record;
-    Platform::PipeOperation operation(pipe, event, record);
-    const Platform::ErrorCode begun = operation.BeginRead(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-    if (begun != Platform::kSuccess && begun != Platform::kIoPending) {
-      return {begun, {}};
-    }
-    const auto [code, count] = Complete(operation);
-    bytes.resize(count);
-    return {code, bytes};
+    const Platform::Testing::Message message = Platform::Testing::Read(pipe, 65536);
+    return {message.code, message.text};
   }
 
   SharedHandle pipe;
-
- private:
-  static std::pair<Platform::ErrorCode, std::uint32_t> Complete(Platform::PipeOperation& operation) {
-    const std::array<Platform::Waitable, 1> things{operation};
-    std::uint32_t count = 0;
-    if (Platform::WaitForAny(things, kLimitMs) != 0) {
-      operation.Cancel();
-      return {Platform::kTimeout, 0};
-    }
-    const Platform::ErrorCode code = operation.Finish(count);
-    return {code, count};
-  }
 };
 
 /// A bare server with one client of the library.

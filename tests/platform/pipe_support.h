@@ -3,6 +3,7 @@
 #pragma once
 
 #include "zelto/platform/message_pipe.h"
+#include "zelto/platform/process.h"
 
 #include <gtest/gtest.h>
 
@@ -19,12 +20,8 @@ using Utilities::SharedHandle;
 inline constexpr std::uint32_t kLimitMs = 20000;  ///< far above what anything here takes
 
 // What differs between the targets: in windows/pipe_target.cpp and posix/pipe_target.cpp.
-std::uint32_t ProcessId();
 /// Makes a client's end that lies in no `SharedHandle` yet, as a caller with a handle from elsewhere has.
 void* OpenRawClient(const std::wstring& name);
-/// How many handles or descriptors this process has open.
-std::size_t OpenHandles();
-
 /// The codes of an end that lost its peer, by what it does then or was doing.
 struct LossCodes {
   ErrorCode read;
@@ -39,7 +36,7 @@ bool DisconnectDropsAnswers();
 
 /// A full pipe name that no other process uses.
 inline std::wstring PipeName(const std::string& suffix) {
-  const std::string name = "Zelto-Test-" + std::to_string(ProcessId()) + "-" + suffix;
+  const std::string name = "Zelto-Test-" + std::to_string(CurrentProcessId()) + "-" + suffix;
   return L"\\\\.\\pipe\\" + std::wstring(name.begin(), name.end());
 }
 
@@ -105,31 +102,28 @@ inline Message Read(const SharedHandle& pipe, std::uint32_t chunk = 4096) {
   return message;
 }
 
+inline SharedHandle MakeInstance(const PipeSettings& settings) {
+  SharedHandle server;
+  EXPECT_EQ(CreatePipeInstance(settings, server), kSuccess);
+  return server;
+}
+inline SharedHandle MakeInstance(const std::wstring& name) {
+  return MakeInstance(PipeSettings{.name = name});
+}
+
 /// A server's instance and its client, connected.
 struct Pair {
   std::wstring name;
   SharedHandle server;
   SharedHandle client;
 
-  explicit Pair(const std::string& suffix, std::uint32_t buffer_size = 4096) : name(PipeName(suffix)) {
-    PipeSettings settings;
-    settings.name = name;
-    settings.buffer_size = buffer_size;
-    EXPECT_EQ(CreatePipeInstance(settings, server), kSuccess);
+  explicit Pair(const std::string& suffix, std::uint32_t buffer_size = 4096)
+      : name(PipeName(suffix)), server(MakeInstance(PipeSettings{.name = name, .buffer_size = buffer_size})) {
     EXPECT_EQ(OpenPipe(name, client), kSuccess);
     EXPECT_EQ(SetMessageReadMode(client), kSuccess);
     EXPECT_EQ(Connect(server), kSuccess);
   }
 };
-
-inline SharedHandle MakeInstance(const std::wstring& name, std::uint32_t maximum_instances = 255) {
-  PipeSettings settings;
-  settings.name = name;
-  settings.maximum_instances = maximum_instances;
-  SharedHandle server;
-  EXPECT_EQ(CreatePipeInstance(settings, server), kSuccess);
-  return server;
-}
 
 /// Reproducible bytes that show a lost, doubled or moved piece.
 inline std::string Bytes(std::size_t size) {

@@ -1,4 +1,5 @@
 #include "tests/platform/pipe_support.h"
+#include "tests/support/process_resources.h"
 
 #include <algorithm>
 #include <chrono>
@@ -9,12 +10,8 @@
 namespace Zelto::Platform::Testing {
 namespace {
 
-ErrorCode TryCreate(const std::wstring& name, std::uint32_t maximum_instances, SharedHandle& pipe) {
-  PipeSettings settings;
-  settings.name = name;
-  settings.maximum_instances = maximum_instances;
-  return CreatePipeInstance(settings, pipe);
-}
+using namespace std::string_literals;
+using Zelto::Testing::CountProcessResources;
 
 TEST(Pipes, ServerMayConnectBeforeOrAfterTheClient) {
   for (const bool server_first : {true, false}) {
@@ -134,7 +131,7 @@ TEST(Pipes, UnusualNamesAreKeptApart) {
   for (const std::wstring& name : names) {
     SharedHandle client;
     EXPECT_EQ(OpenPipe(name, client), kFileNotFound);
-    servers.push_back(MakeInstance(name, 1));
+    servers.push_back(MakeInstance(PipeSettings{.name = name, .maximum_instances = 1}));
     EXPECT_EQ(OpenPipe(name, client), kSuccess);
   }
 }
@@ -142,9 +139,8 @@ TEST(Pipes, UnusualNamesAreKeptApart) {
 TEST(Pipes, WrongNamesAreRefused) {
   SharedHandle pipe;
   for (const std::wstring& name :
-       {std::wstring(), std::wstring(L"name"), std::wstring(L"\\\\.\\pipe\\"), std::wstring(L"\\\\.\\pipe"),
-        std::wstring(L"//./pipe/name"), std::wstring(L"/tmp/name"), std::wstring(L"\\\\.\\pipe\\a\0b", 12)}) {
-    EXPECT_EQ(TryCreate(name, 255, pipe), kInvalidName);
+       {L""s, L"name"s, L"\\\\.\\pipe\\"s, L"\\\\.\\pipe"s, L"//./pipe/name"s, L"/tmp/name"s, L"\\\\.\\pipe\\a\0b"s}) {
+    EXPECT_EQ(CreatePipeInstance({.name = name}, pipe), kInvalidName);
     EXPECT_EQ(OpenPipe(name, pipe), kInvalidName);
     EXPECT_EQ(WaitForFreePipe(name, 1), kInvalidName);
     EXPECT_FALSE(pipe.IsValid());
@@ -166,9 +162,9 @@ TEST(Pipes, WithoutAServerNothingIsFound) {
 
 TEST(Pipes, InstancesAreLimitedAndFurtherClientsFindThePipeBusy) {
   const std::wstring name = PipeName("busy");
-  SharedHandle server = MakeInstance(name, 1);
+  SharedHandle server = MakeInstance(PipeSettings{.name = name, .maximum_instances = 1});
   SharedHandle second;
-  EXPECT_EQ(TryCreate(name, 1, second), kPipeBusy);
+  EXPECT_EQ(CreatePipeInstance({.name = name, .maximum_instances = 1}, second), kPipeBusy);
   EXPECT_FALSE(second.IsValid());
   std::deque<SharedHandle> clients;
   ErrorCode opened = kSuccess;
@@ -180,7 +176,7 @@ TEST(Pipes, InstancesAreLimitedAndFurtherClientsFindThePipeBusy) {
   const ErrorCode waited = WaitForFreePipe(name, 10);
   EXPECT_TRUE(waited == kTimeout || waited == kSuccess) << waited;
   server.Reset();
-  EXPECT_EQ(TryCreate(name, 1, second), kSuccess) << "the place is free again";
+  EXPECT_EQ(CreatePipeInstance({.name = name, .maximum_instances = 1}, second), kSuccess) << "the place is free again";
 }
 
 TEST(Pipes, BurstOfClientsGetsIn) {
@@ -208,10 +204,10 @@ TEST(Pipes, BothSidesTellTheProcessBehind) {
   const Pair pair("peer");
   PipePeer peer;
   EXPECT_EQ(GetPipePeer(pair.server, true, peer), kSuccess);
-  EXPECT_EQ(peer.process_id, ProcessId());
+  EXPECT_EQ(peer.process_id, CurrentProcessId());
   peer = {};
   EXPECT_EQ(GetPipePeer(pair.client, false, peer), kSuccess);
-  EXPECT_EQ(peer.process_id, ProcessId());
+  EXPECT_EQ(peer.process_id, CurrentProcessId());
   EXPECT_EQ(GetPipePeer(SharedHandle(), false, peer), kInvalidHandle);
 }
 
@@ -256,11 +252,11 @@ TEST(Pipes, LeaveNoHandlesBehind) {
     EXPECT_EQ(read->BeginRead(&byte, 1), kIoPending);
   };
   cycle();
-  const std::size_t before = OpenHandles();
+  const std::size_t before = CountProcessResources().handles;
   for (int i = 0; i < 100; ++i) {
     cycle();
   }
-  EXPECT_EQ(OpenHandles(), before);
+  EXPECT_EQ(CountProcessResources().handles, before);
 }
 
 }  // namespace

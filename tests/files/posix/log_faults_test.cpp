@@ -1,4 +1,5 @@
-#include "tests/files/log_support.h"
+#include "tests/support/diagnostics_recorder.h"
+#include "tests/support/temp_folder.h"
 #include "zelto/files/file_appender.h"
 
 #include <fcntl.h>
@@ -19,7 +20,7 @@ constexpr std::size_t kLineBytes = 1002;
 
 // Appends lines until one is lost, then expects that what is in the file are the others, whole.
 void FillAndExpectWholeLines(FileAppender& log, const std::wstring& path, std::size_t most_lines) {
-  Reports reports;
+  DiagnosticsRecorder reports;
   std::size_t written = 0;
   while (written <= most_lines) {
     log.AppendLine(std::wstring(kLineBytes - 2, L'x'));
@@ -61,7 +62,7 @@ TEST(LogFaults, AFullDiskLosesWholeLines) {
   FillAndExpectWholeLines(log, path, 80);
   log.SetMaxFileSize(1);
   log.SetMaxBackupFiles(1);
-  Reports reports;
+  DiagnosticsRecorder reports;
   log.AppendLine(L"rotated, still full");
   log.AppendLine(std::wstring(600, L'x'));  // replaces the only backup: there is room again
   log.AppendLine(L"room");
@@ -73,7 +74,7 @@ TEST(LogFaults, AFullDiskLosesWholeLines) {
 TEST(LogFaults, AFolderThatMayNotBeWrittenLosesLinesAndOneThatMayNotBeSeenThrows) {
   const TempFolder folder;
   const std::wstring path = folder / L"agent.log";
-  Reports reports;
+  DiagnosticsRecorder reports;
   FileAppender log(path);
   const bool privileged = ::geteuid() == 0;
   ASSERT_EQ(::chmod(folder.Path().c_str(), 0555), 0);
@@ -98,7 +99,7 @@ TEST(LogFaults, NothingButAFileIsWrittenTo) {
   std::filesystem::create_symlink(folder.Path() / "target", folder.Path() / "link");
   std::filesystem::create_symlink(folder.Path() / "absent", folder.Path() / "dangling");
   std::filesystem::create_symlink("/dev/null", folder.Path() / "device");
-  Reports reports;
+  DiagnosticsRecorder reports;
   for (const wchar_t* name : {L"pipe", L"link", L"dangling", L"device"}) {
     FileAppender log(folder / name);
     log.AppendLine(L"lost");

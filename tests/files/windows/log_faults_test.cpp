@@ -1,4 +1,5 @@
-#include "tests/files/log_support.h"
+#include "tests/support/diagnostics_recorder.h"
+#include "tests/support/temp_folder.h"
 #include "zelto/files/file_appender.h"
 #include "zelto/platform/files.h"
 #include "zelto/text/exceptions/file_system_exception.h"
@@ -45,7 +46,7 @@ TEST(LogFaults, ALogThatOthersDoNotShareLosesLines) {
   const TempFolder folder;
   const std::wstring path = folder / L"agent.log";
   WriteFile(path, "0\r\n");
-  Reports reports;
+  DiagnosticsRecorder reports;
   FileAppender log(path);
   const HANDLE lock = OpenAlone(path, FILE_SHARE_READ);
   ASSERT_NE(lock, INVALID_HANDLE_VALUE);

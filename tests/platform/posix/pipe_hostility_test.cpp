@@ -1,5 +1,6 @@
 // What a program that is not ours can send through a message pipe on Linux, and what that costs.
 #include "tests/platform/pipe_support.h"
+#include "tests/support/process_resources.h"
 #include "zelto/platform/posix/descriptor.h"
 
 #include <arpa/inet.h>
@@ -16,6 +17,8 @@
 
 namespace Zelto::Platform::Testing {
 namespace {
+
+using Zelto::Testing::CountProcessResources;
 
 int Native(const SharedHandle& handle) {
   return DescriptorFromHandle(handle.Get());
@@ -91,7 +94,7 @@ TEST(PipeHostility, WrongPacketsCostTheConnectionAndNothingElse) {
   };
   for (const Case& test : cases) {
     SCOPED_TRACE(test.what);
-    const std::size_t before = OpenHandles();
+    const std::size_t before = CountProcessResources().handles;
     {
       const Pair pair("hostile");
       test.send(Native(pair.client));
@@ -105,7 +108,7 @@ TEST(PipeHostility, WrongPacketsCostTheConnectionAndNothingElse) {
       ASSERT_EQ(Write(next, "good"), kSuccess);
       EXPECT_EQ(Read(pair.server).text, "good");
     }
-    EXPECT_EQ(OpenHandles(), before);
+    EXPECT_EQ(CountProcessResources().handles, before);
   }
   for (const int file : {good, empty, growing, writable, unsealed, huge, device, plain, directory}) {
     ::close(file);

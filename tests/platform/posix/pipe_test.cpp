@@ -55,22 +55,13 @@ class PipeAccess : public testing::Test {
       GTEST_SKIP() << "only root can become another user";
     }
   }
-
-  static SharedHandle Make(const std::wstring& name, bool allow_everyone) {
-    PipeSettings settings;
-    settings.name = name;
-    settings.allow_everyone = allow_everyone;
-    SharedHandle server;
-    EXPECT_EQ(CreatePipeInstance(settings, server), kSuccess);
-    return server;
-  }
 };
 
 TEST_F(PipeAccess, AnotherUserIsRefusedUnlessThePipeIsOpenToEveryone) {
   const ::mode_t mask = ::umask(0077);
   for (const bool everyone : {false, true}) {
     const std::wstring name = PipeName("access");
-    const SharedHandle server = Make(name, everyone);
+    const SharedHandle server = MakeInstance(PipeSettings{.name = name, .allow_everyone = everyone});
     const auto attempt = [&name] {
       SharedHandle client;
       const ErrorCode error = OpenPipe(name, client);
@@ -97,7 +88,7 @@ TEST_F(PipeAccess, AnotherUserIsRefusedUnlessThePipeIsOpenToEveryone) {
 // A descriptor handed on, or a mode changed by hand, gets a stranger to the socket; the server still looks at the user.
 TEST_F(PipeAccess, ServerTurnsAStrangerAwayAndServesTheNextClient) {
   const std::wstring name = PipeName("turned-away");
-  const SharedHandle server = Make(name, false);
+  const SharedHandle server = MakeInstance(name);
   ASSERT_EQ(::chmod(SocketPath(server).c_str(), 0666), 0);
   EXPECT_EQ(InChild(kStranger,
                     [&name] {
@@ -118,7 +109,7 @@ TEST_F(PipeAccess, UsersHaveTheirOwnDirectory) {
   ::unsetenv("XDG_RUNTIME_DIR");
   EXPECT_EQ(InChild(kStranger,
                     [&name] {
-                      const SharedHandle server = Make(name, false);
+                      const SharedHandle server = MakeInstance(name);
                       SharedHandle client;
                       if (OpenPipe(name, client) != kSuccess || !SocketPath(server).starts_with("/tmp/zelto-65534/")) {
                         return 1;
@@ -136,9 +127,7 @@ TEST_F(PipeAccess, DirectoryThatIsNotTheUsersOwnIsRefused) {
   ::unsetenv("XDG_RUNTIME_DIR");
   const auto both = [&name] {
     SharedHandle pipe;
-    PipeSettings settings;
-    settings.name = name;
-    return OpenPipe(name, pipe) == kAccessDenied && CreatePipeInstance(settings, pipe) == kAccessDenied ? 0 : 1;
+    return OpenPipe(name, pipe) == kAccessDenied && CreatePipeInstance({.name = name}, pipe) == kAccessDenied ? 0 : 1;
   };
   struct Case {
     const char* what;
@@ -166,7 +155,7 @@ TEST_F(PipeAccess, DirectoryThatIsNotTheUsersOwnIsRefused) {
 // A socket that a stranger serves is refused even where it lies in a directory that is safe.
 TEST_F(PipeAccess, ServerOfAStrangerIsRefused) {
   const std::wstring name = PipeName("impostor");
-  const std::string path = SocketPath(Make(name, true));
+  const std::string path = SocketPath(MakeInstance(PipeSettings{.name = name, .allow_everyone = true}));
   int ready[2];
   ASSERT_EQ(::pipe2(ready, O_CLOEXEC), 0);
   const pid_t impostor = ::fork();
@@ -217,9 +206,7 @@ TEST(PipeServers, AnotherProcessKeepsItsNameAndADeadOneLosesIt) {
   EXPECT_EQ(GetPipePeer(client, false, peer), kSuccess);
   EXPECT_EQ(peer.process_id, static_cast<std::uint32_t>(server));
   SharedHandle mine;
-  PipeSettings settings;
-  settings.name = name;
-  EXPECT_EQ(CreatePipeInstance(settings, mine), kAccessDenied);
+  EXPECT_EQ(CreatePipeInstance({.name = name}, mine), kAccessDenied);
   EXPECT_EQ(Read(client).text, "last words");
   ::kill(server, SIGKILL);
   ::waitpid(server, nullptr, 0);
@@ -228,7 +215,7 @@ TEST(PipeServers, AnotherProcessKeepsItsNameAndADeadOneLosesIt) {
   EXPECT_EQ(Write(client, "x"), ServerClosed().write);
   SharedHandle next;
   EXPECT_EQ(OpenPipe(name, next), kFileNotFound) << "the dead server's socket still lies there";
-  EXPECT_EQ(CreatePipeInstance(settings, mine), kSuccess);
+  EXPECT_EQ(CreatePipeInstance({.name = name}, mine), kSuccess);
   EXPECT_EQ(OpenPipe(name, next), kSuccess);
   ::close(ready[0]);
   ::close(ready[1]);

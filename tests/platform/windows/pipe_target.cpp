@@ -4,19 +4,9 @@
 
 namespace Zelto::Platform::Testing {
 
-std::uint32_t ProcessId() {
-  return ::GetCurrentProcessId();
-}
-
 void* OpenRawClient(const std::wstring& name) {
   return ::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_FLAG_OVERLAPPED,
                        nullptr);
-}
-
-std::size_t OpenHandles() {
-  DWORD count = 0;
-  ::GetProcessHandleCount(::GetCurrentProcess(), &count);
-  return count;
 }
 
 LossCodes ServerClosed() {

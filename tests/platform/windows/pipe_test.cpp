@@ -1,4 +1,4 @@
-// Message pipes on Windows: the security they are made with, clients that are not ours, a server that is killed.
+// Message pipes on Windows: the security they are made with, clients that are not ours.
 #include "tests/platform/pipe_support.h"
 
 #include <windows.h>
@@ -10,18 +10,9 @@
 namespace Zelto::Platform::Testing {
 namespace {
 
-SharedHandle Make(const std::wstring& name, bool allow_everyone) {
-  PipeSettings settings;
-  settings.name = name;
-  settings.allow_everyone = allow_everyone;
-  SharedHandle server;
-  EXPECT_EQ(CreatePipeInstance(settings, server), kSuccess);
-  return server;
-}
-
 TEST(PipeSecurity, OpenToEveryoneMeansANullDaclAndAnInheritableHandle) {
   for (const bool everyone : {false, true}) {
-    const SharedHandle server = Make(PipeName("security"), everyone);
+    const SharedHandle server = MakeInstance(PipeSettings{.name = PipeName("security"), .allow_everyone = everyone});
     DWORD flags = 0;
     ASSERT_TRUE(::GetHandleInformation(server.Get(), &flags));
     EXPECT_EQ((flags & HANDLE_FLAG_INHERIT) != 0, everyone);
@@ -42,12 +33,8 @@ TEST(PipeSecurity, OpenToEveryoneMeansANullDaclAndAnInheritableHandle) {
 }
 
 TEST(PipeSecurity, InstancesAreMessagePipesWithTheSettingsAskedFor) {
-  PipeSettings settings;
-  settings.name = PipeName("settings");
-  settings.buffer_size = 12345;
-  settings.maximum_instances = 7;
-  SharedHandle server;
-  ASSERT_EQ(CreatePipeInstance(settings, server), kSuccess);
+  const SharedHandle server =
+      MakeInstance(PipeSettings{.name = PipeName("settings"), .maximum_instances = 7, .buffer_size = 12345});
   DWORD flags = 0;
   DWORD out = 0;
   DWORD in = 0;
@@ -73,52 +60,6 @@ TEST(PipeServers, ServeAClientThatIsNotOurs) {
   EXPECT_EQ(Read(server).text, "request");
   EXPECT_EQ(Write(server, "answer"), kSuccess);
   client.join();
-}
-
-// Not a test: what the next one starts as a process of its own.
-TEST(PipeServers, DISABLED_ServeUntilKilled) {
-  wchar_t name[MAX_PATH] = {};
-  ASSERT_NE(::GetEnvironmentVariableW(L"ZELTO_TEST_PIPE", name, MAX_PATH), 0u);
-  const SharedHandle server = MakeInstance(name);
-  ASSERT_EQ(Connect(server), kSuccess);
-  ASSERT_EQ(Write(server, "last words"), kSuccess);
-  ::Sleep(kLimitMs);
-}
-
-TEST(PipeServers, KilledOneLosesItsNameAndItsClient) {
-  const std::wstring name = PipeName("killed");
-  ASSERT_TRUE(::SetEnvironmentVariableW(L"ZELTO_TEST_PIPE", name.c_str()));
-  wchar_t program[MAX_PATH] = {};
-  ASSERT_NE(::GetModuleFileNameW(nullptr, program, MAX_PATH), 0u);
-  std::wstring command = L"\"" + std::wstring(program) +
-                         L"\" --gtest_brief=1 --gtest_also_run_disabled_tests "
-                         L"--gtest_filter=PipeServers.DISABLED_ServeUntilKilled";
-  STARTUPINFOW startup{};
-  startup.cb = sizeof startup;
-  PROCESS_INFORMATION process{};
-  ASSERT_TRUE(
-      ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process));
-  SharedHandle client;
-  ErrorCode opened = kFileNotFound;
-  // There is nothing to wait for that tells of a name's coming.
-  for (int attempt = 0; opened == kFileNotFound && attempt < 2000; ++attempt) {
-    opened = OpenPipe(name, client);
-    ::Sleep(10);
-  }
-  ASSERT_EQ(opened, kSuccess);
-  ASSERT_EQ(SetMessageReadMode(client), kSuccess);
-  EXPECT_EQ(Read(client).text, "last words");
-  PipePeer peer;
-  EXPECT_EQ(GetPipePeer(client, false, peer), kSuccess);
-  EXPECT_EQ(peer.process_id, process.dwProcessId);
-  ::TerminateProcess(process.hProcess, 1);
-  EXPECT_EQ(::WaitForSingleObject(process.hProcess, kLimitMs), DWORD{WAIT_OBJECT_0});
-  EXPECT_EQ(Read(client).code, ServerClosed().read);
-  EXPECT_EQ(Write(client, "x"), ServerClosed().write);
-  SharedHandle next;
-  EXPECT_EQ(OpenPipe(name, next), kFileNotFound);
-  ::CloseHandle(process.hThread);
-  ::CloseHandle(process.hProcess);
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
-// <windows.h> comes after our header, without UNICODE.
-#undef UNICODE
-
+// Built four times, by the definitions at the target: <windows.h> before or behind our header, with UNICODE or without.
 // clang-format off
+#ifdef ZELTO_TEST_SYSTEM_FIRST
+#include <windows.h>
+#include <wingdi.h>
+#endif
 #include "zelto/json/data_object.h"
 #include <windows.h>
 #include <wingdi.h>
@@ -15,7 +17,7 @@
 
 namespace Zelto::Json {
 
-NestedObject AfterAnsi(const DataValue& value) {
+NestedObject ZELTO_TEST_ORDER(const DataValue& value) {
   BITMAP bitmap{};
   return {value.GetObject(), GetObject(nullptr, sizeof(bitmap), &bitmap)};
 }
