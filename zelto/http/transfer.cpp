@@ -200,6 +200,9 @@ void CurlWrapper::Transfer::SetVerb(const std::wstring& verb) {
 void CurlWrapper::Transfer::SetReceiver() {
   if (session_.receive_callback_ && session_.receive_user_ != nullptr) {
     receiver_.callback = &session_.receive_callback_;
+    if (const auto* function = session_.receive_callback_.target<decltype(receiver_.function)>()) {
+      receiver_.function = *function;
+    }
     receiver_.user = session_.receive_user_;
   }
   Set(CURLOPT_WRITEFUNCTION, receiver_.callback != nullptr ? &HandOver : &Collect);
@@ -244,8 +247,13 @@ std::size_t CurlWrapper::Transfer::HandOver(char* data, std::size_t size, std::s
   auto& self = *static_cast<Receiver*>(receiver);
   const std::size_t bytes = size * count;
   try {
+    if (bytes == 0) {
+      return 0;
+    }
+    const std::size_t taken = self.function != nullptr ? self.function(data, size, count, self.user)
+                                                       : (*self.callback)(data, size, count, self.user);
     // Only all or nothing: some other numbers would make libcurl wait for ever.
-    return bytes != 0 && (*self.callback)(data, size, count, self.user) == bytes ? bytes : 0;
+    return taken == bytes ? bytes : 0;
   } catch (...) {
     self.failure = std::current_exception();
     return 0;

@@ -49,6 +49,8 @@ class CurlWrapper::Transfer {
   struct Receiver {
     std::string body;
     const ReceiveDataCallback* callback = nullptr;
+    // What the callback calls if it is a plain function, which spares the way through `std::function` for each piece.
+    std::size_t (*function)(char* data, std::size_t size, std::size_t count, void* user) = nullptr;
     void* user = nullptr;
     std::exception_ptr failure;
   };
