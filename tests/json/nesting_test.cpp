@@ -32,6 +32,25 @@ TEST(Nesting, TheLimitIsReadAndNothingBeyond) {
   EXPECT_EQ(JsonReader::Decode(brackets.append(1000000, L'['), false), nullptr);
 }
 
+// What was read up to the limit is a whole document, for a derived reader that asks for it.
+TEST(Nesting, BeyondTheLimitRemainsWhatWasReadBefore) {
+  class OpenedReader : public JsonReader {
+   public:
+    using JsonReader::ParseObject;
+  };
+  for (const bool arrays : {false, true}) {
+    OpenedReader reader;
+    reader.InitializeReader(Nested(JsonReader::MAXIMUM_NESTING + 1, arrays).substr(1));
+    std::shared_ptr<DataObject> object = reader.ParseObject();
+    unsigned depth = 0;
+    for (; object != nullptr && !object->IsEmpty(); ++depth) {
+      EXPECT_TRUE(object->GetValue(L"a").GetStringArray().empty());
+      object = object->GetValue(L"a").GetObject();
+    }
+    EXPECT_EQ(depth, arrays ? JsonReader::MAXIMUM_NESTING : JsonReader::MAXIMUM_NESTING - 1);
+  }
+}
+
 TEST(Nesting, TheLimitNeedsNoDeepStack) {
   Testing::RunOnSmallStack(ZELTO_TEST_STACK_KIB * 1024, [] {
     for (const bool arrays : {false, true}) {

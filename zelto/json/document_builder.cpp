@@ -66,6 +66,9 @@ void DocumentBuilder::AddItem(std::size_t item, DataValue::EType kind) {
 }
 
 void DocumentBuilder::EndItems() {
+  if (InItems()) {
+    return;
+  }
   Member& member = members_.back();
   member.text_length = LengthFrom(text_base_ + member.text);
   member.content = member.text_length == 0 ? Content::kNull : Content::kItems;
@@ -75,6 +78,7 @@ void DocumentBuilder::BeginObjectItems() {
   if (InItems()) {
     return;
   }
+  CheckedLength(text_.Size() - text_base_);
   Member& member = members_.back();
   DataValue& value = values_.emplace_back();
   const std::size_t first = text_base_ + member.text;

@@ -70,7 +70,9 @@ class DocumentBuilder {
   void DropItem(std::size_t item) noexcept { text_.CutTo(item); }
   void EndItems();
 
-  /// Makes the list a value of its own, to which objects can be added, too. It needs no `EndItems`.
+  /// Makes the list a value of its own, to which objects can be added, too. `EndItems` then does nothing.
+  ///
+  /// @throws std::length_error  "JSON text too long"
   void BeginObjectItems();
   /// Whether the innermost property is such a list.
   bool InItems() const noexcept { return members_.back().content == Content::kValue; }
@@ -110,7 +112,7 @@ class DocumentBuilder {
 
   static constexpr std::size_t kPrefixUnits = 4;
 
-  // A place in the text, within the object's share. It is checked on closing that offsets and lengths fit.
+  // A place in the text, within the object's share. Offsets and lengths are checked before a value is made of them.
   std::uint32_t OffsetOf(std::size_t place) const noexcept { return static_cast<std::uint32_t>(place - text_base_); }
   std::uint32_t LengthFrom(std::size_t first) const noexcept {
     return static_cast<std::uint32_t>(text_.Size() - first);
