@@ -348,5 +348,33 @@ TEST(JsonReader, AgreesWithAPlainReaderOnRandomTexts) {
   EXPECT_GT(accepted, 1000);
 }
 
+// Strings and numbers are read in steps of several characters: whatever stands at whichever place in one.
+TEST(JsonReader, AgreesWithAPlainReaderAtEveryPlaceOfATextOfEveryLength) {
+  const std::vector<std::wstring> in_strings = {L"",       L"\\n",    L"\\\"",       L"\\u0041",    L"\\u000\\\"x",
+                                                L"\u0122", L"\u5C22", L"\U00010022", L"\U0001005C", L"\""};
+  const std::vector<std::wstring> in_numbers = {L"", L"/", L":", L"-", L" ", L"\u0131", L"\uFF11", L"\U00010031"};
+  const auto agrees = [](const std::wstring& text) {
+    const std::string outcome = OutcomeOf(text, false);
+    EXPECT_EQ(outcome, OutcomeOf([&] { return PlainReader(text, false, false).Read(); })) << text;
+    return outcome[0] == '{';
+  };
+  for (std::size_t length = 0; length <= 26; ++length) {
+    for (std::size_t place = 0; place <= length; ++place) {
+      for (const std::wstring& piece : in_strings) {
+        const std::wstring string = std::wstring(length, L'x').insert(place, piece);
+        const bool accepted = agrees(L"{\"" + string + L"\":[\"" + string + L"\",\"" + string + L"\"]}");
+        if (piece != L"\"") {
+          EXPECT_TRUE(accepted) << string;
+          EXPECT_EQ(OutcomeOf(L"{\"a\":\"" + string + L"}", false), kNotAccepted) << string;
+        }
+      }
+      for (const std::wstring& piece : in_numbers) {
+        const std::wstring number = std::wstring(length, L'7').insert(place, piece);
+        EXPECT_TRUE(agrees(L"{\"a\":" + number + L",\"b\":[+" + number + L"]}") || !piece.empty()) << number;
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace Zelto::Json

@@ -1,11 +1,13 @@
 #include "zelto/json/document_builder.h"
 
+#include "zelto/json/compact_text.h"
 #include "zelto/json/object_storage.h"
 #include "zelto/json/value_access.h"
 
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace Zelto::Json {

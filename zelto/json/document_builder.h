@@ -2,15 +2,14 @@
 /// Gathers the objects of a document while it is read. Not installed.
 #pragma once
 
-#include "zelto/json/compact_text.h"
 #include "zelto/json/data_object.h"
+#include "zelto/json/unit_stack.h"
 
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 

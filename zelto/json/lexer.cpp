@@ -1,5 +1,7 @@
 #include "zelto/json/lexer.h"
 
+#include "zelto/json/compact_text.h"
+#include "zelto/json/escapes.h"
 #include "zelto/json/lexer_inline.h"
 #include "zelto/json/number_text.h"
 

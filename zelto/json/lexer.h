@@ -83,7 +83,7 @@ class ZELTO_API Lexer {
   bool ReadLine();
   void SetError() noexcept { error_ = true; }
 
-  // The inner loops of the operations above, for the lexer and the reader alone, without copies and calls.
+  // What the operations above are made of, for the lexer and the reader alone; the reader's inner loops are inline.
   inline void Skip();
   inline bool Ready();
   inline wchar_t Peek();

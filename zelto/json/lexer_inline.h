@@ -2,12 +2,13 @@
 /// The lexer's inner loops, for the lexer and the reader. Not installed.
 #pragma once
 
-#include "zelto/json/compact_text.h"
 #include "zelto/json/lexer.h"
 #include "zelto/json/unit_block.h"
+#include "zelto/json/unit_stack.h"
 #include "zelto/text/ascii.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace Zelto::Json {
 

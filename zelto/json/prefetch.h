@@ -6,8 +6,8 @@
 
 #include <cstdint>
 
-#if defined(_MSC_VER)
-#include <intrin.h>
+#if defined(_M_X64) && !defined(__GNUC__)
+#include <xmmintrin.h>
 #endif
 
 namespace Zelto::Json {
@@ -20,10 +20,10 @@ inline void Prefetch(const DataObject& object) noexcept {
   constexpr std::uintptr_t kCacheLine = 64;
   const auto first = reinterpret_cast<std::uintptr_t>(&object);
   for (std::uintptr_t at = first; at < first + kBytes; at += kCacheLine) {
-#if defined(_MSC_VER)
-    _mm_prefetch(reinterpret_cast<const char*>(at), _MM_HINT_T0);
-#else
+#if defined(__GNUC__)
     __builtin_prefetch(reinterpret_cast<const void*>(at));
+#elif defined(_M_X64)
+    _mm_prefetch(reinterpret_cast<const char*>(at), _MM_HINT_T0);
 #endif
   }
 }

@@ -42,8 +42,12 @@ class UnitBlock {
 
   /// The characters above U+FFFF among `Count` ones.
   template <typename Unit>
-  static BlockFlags TooWide(const Unit* from) noexcept {
-    return sizeof(Unit) == sizeof(char16_t) ? 0 : kMask & ~UnitLanes::LoadHigh<Count>(from).EqualTo(0).Flags();
+  static BlockFlags TooWide([[maybe_unused]] const Unit* from) noexcept {
+    if constexpr (sizeof(Unit) == sizeof(char16_t)) {
+      return 0;
+    } else {
+      return kMask & ~UnitLanes::LoadHigh<Count>(from).EqualTo(0).Flags();
+    }
   }
 
  private:
