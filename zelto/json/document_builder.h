@@ -19,7 +19,7 @@ class ObjectStorage;
 struct PropertyNode;
 
 /// Keys, values and texts of the objects that are open stand on stacks; closing an object packs its share into the
-/// object's own storage. A text is plain when there is neither an escape sequence nor a character above U+FFFF in it.
+/// object's own storage.
 ///
 /// A repeated key, where it is an error, is an error at the moment when the key is read. It is found later, when the
 /// object's keys are sorted: on closing it, which happens to every open object when a syntax error ends the reading,

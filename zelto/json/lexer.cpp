@@ -144,7 +144,8 @@ bool Lexer::CheckEndingDoubleQuotes() {
   return CharactersAvailable();
 }
 
-// Goes on with a quoted string where it is not plain any more. Nothing is decoded before its end is found.
+// Goes on with a quoted string at its first escape sequence or character above U+FFFF, or fails where the line ends.
+// Nothing is decoded before the string's end is found.
 bool Lexer::TakeRestOfQuotedString(UnitStack& to) {
   const wchar_t* const quote = FindEndingQuote();
   if (quote == end_) {
