@@ -1,4 +1,4 @@
-// Gives every input of the corpus to its target.
+// Gives every input of the corpus to its target, and what the corpus and the words of the dictionary make together.
 #include "fuzz/fuzz_target.h"
 
 #include <gtest/gtest.h>
@@ -7,33 +7,74 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace Zelto::Fuzz {
 namespace {
+
+constexpr int kMixed = 10000;
+
+std::string ReadFile(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+// The words of a dictionary: one a line, in quotes, some of their bytes as "\xHH".
+std::vector<std::string> ReadWords(const std::filesystem::path& path) {
+  std::vector<std::string> words;
+  std::ifstream file(path);
+  for (std::string line; std::getline(file, line);) {
+    std::string word;
+    for (std::size_t i = line.find('"') + 1; i != 0 && i < line.rfind('"'); ++i) {
+      const bool escaped = line[i] == '\\';
+      word += escaped ? static_cast<char>(std::stoul(line.substr(i + 2, 2), nullptr, 16)) : line[i];
+      i += escaped ? 3 : 0;
+    }
+    words.push_back(word);
+  }
+  return words;
+}
 
 class Replay : public testing::Test {
  public:
   explicit Replay(const Target::Entry& target) : target_(target) {}
 
   void TestBody() override {
-    const std::filesystem::path folder = std::filesystem::path(ZELTO_FUZZ_CORPUS) / target_.name;
-    int inputs = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-      SCOPED_TRACE(entry.path().filename().string());
-      std::ifstream file(entry.path(), std::ios::binary);
-      const std::string bytes(std::istreambuf_iterator<char>(file), {});
-      RunOn({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
-      ++inputs;
+    const std::filesystem::path fuzz = ZELTO_FUZZ_FOLDER;
+    std::set<std::filesystem::path> files;
+    for (const auto& entry : std::filesystem::directory_iterator(fuzz / "corpus" / target_.name)) {
+      files.insert(entry.path());
     }
-    EXPECT_GT(inputs, 0) << "no inputs in " << folder;
-    RunOn({});
+    EXPECT_FALSE(files.empty());
+    std::vector<std::string> inputs{""};
+    for (const std::filesystem::path& file : files) {
+      inputs.push_back(ReadFile(file));
+      RunOn(inputs.back(), file.filename().string());
+    }
+    RunOn("", "nothing");
+
+    const std::vector<std::string> words = ReadWords(fuzz / "dictionaries" / (std::string(target_.name) + ".dict"));
+    std::mt19937 random(1);
+    for (int i = 0; i < kMixed && !words.empty(); ++i) {
+      std::string input = inputs[random() % inputs.size()];
+      for (auto edits = random() % 6 + 1; edits > 0; --edits) {
+        const std::size_t at = random() % (input.size() + 1);
+        const std::string& other = inputs[random() % inputs.size()];
+        const std::size_t from = random() % (other.size() + 1);
+        input.replace(at, random() % 3, i % 4 == 0 ? other.substr(from, 20) : words[random() % words.size()]);
+      }
+      RunOn(input, testing::PrintToString(input));
+    }
   }
 
  private:
-  void RunOn(Bytes bytes) const {
+  void RunOn(const std::string& input, const std::string& name) const {
+    SCOPED_TRACE(name);
     try {
-      target_.run(bytes);
+      target_.run({reinterpret_cast<const std::uint8_t*>(input.data()), input.size()});
     } catch (const Finding& finding) {
       ADD_FAILURE() << finding.what;
     } catch (const std::exception& error) {

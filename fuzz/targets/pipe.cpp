@@ -3,17 +3,18 @@
 #include "fuzz/foreign_packet.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/input.h"
-#include "fuzz/models/utf.h"
 #include "zelto/pipes/async_named_pipe_client.h"
 #include "zelto/pipes/multi_client_named_pipe_server.h"
 #include "zelto/platform/message_pipe.h"
 #include "zelto/platform/process.h"
+#include "zelto/text/string_utilities.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,7 @@ using Utilities::AsyncNamedPipeClient;
 using Utilities::MultiClientNamedPipeServer;
 using Utilities::NamedPipeMessageEncoding;
 using Utilities::SharedHandle;
+using Utilities::StringUtilities;
 
 constexpr std::size_t kChunkUnits = 64;
 constexpr std::uint32_t kLimitMs = 20000;
@@ -78,13 +80,10 @@ std::string Utf16Bytes(std::wstring_view text) {
   return bytes;
 }
 
-std::optional<std::wstring> DecodeChunk(std::string_view chunk, NamedPipeMessageEncoding encoding) {
-  if (encoding == NamedPipeMessageEncoding::Utf8) {
-    const std::optional<CodePoints> text = DecodeUtf8(chunk.substr(0, chunk.find('\0')));
-    return text ? std::optional(OneUnitEach(*text)) : std::nullopt;
-  }
+// Up to a zero. Of an odd number of bytes the last one is a unit by itself.
+std::wstring Utf16Text(std::string_view bytes) {
   std::wstring text;
-  for (Input input({reinterpret_cast<const std::uint8_t*>(chunk.data()), chunk.size()}); !input.IsEmpty();) {
+  for (Input input({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}); !input.IsEmpty();) {
     text += static_cast<wchar_t>(input.Unit());
   }
   return text.substr(0, text.find(L'\0'));
@@ -93,19 +92,21 @@ std::optional<std::wstring> DecodeChunk(std::string_view chunk, NamedPipeMessage
 // The answer to a message, empty when there is none; nothing when the message costs the connection.
 std::optional<std::string> AnswerTo(std::string_view message, NamedPipeMessageEncoding encoding) {
   const bool utf8 = encoding == NamedPipeMessageEncoding::Utf8;
+  const std::size_t chunk = kChunkUnits * (utf8 ? 1 : 2);
   std::wstring text;
-  for (std::size_t at = 0; at < message.size(); at += kChunkUnits * (utf8 ? 1 : 2)) {
-    const std::optional<std::wstring> chunk = DecodeChunk(message.substr(at, kChunkUnits * (utf8 ? 1 : 2)), encoding);
-    if (!chunk) {
-      return std::nullopt;
+  try {
+    for (; !message.empty(); message.remove_prefix(std::min(chunk, message.size()))) {
+      const std::string_view bytes = message.substr(0, chunk);
+      text += utf8 ? StringUtilities::Utf8ToUtf16(bytes) : Utf16Text(bytes);
     }
-    text += *chunk;
+  } catch (const std::range_error&) {
+    return std::nullopt;
   }
   if (text.empty()) {
     return "";
   }
   text.insert(0, L"=");
-  return utf8 ? EncodeUtf8(*DecodeUtf16(text)) : Utf16Bytes(text);
+  return utf8 ? StringUtilities::Utf16ToUtf8(text) : Utf16Bytes(text);
 }
 
 // The input's end of a connection.

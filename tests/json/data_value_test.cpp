@@ -196,19 +196,5 @@ TEST(DataValue, CopiesOwnTheirTextsAndShareTheirObjects) {
   EXPECT_EQ(outer.GetString(), L"kept");
 }
 
-TEST(DataValue, CharactersBeyondSixteenBitsBecomeSurrogatePairs) {
-  const std::wstring pair = {L'\xD83D', L'\xDE00'};
-  DataValue value = Scalar(L"\U0001F600");
-  EXPECT_EQ(value.GetStringValue(), pair);
-  value.AddStringValue(L"\U0001F600");
-  value.SetNull();
-  value.AddStringValue(L"\U0001F600");
-  EXPECT_EQ(value.GetStringArray(), Strings{pair});
-  DataObject object;
-  object.SetValue(L"\U0001F600", L"");
-  EXPECT_TRUE(object.Contains(pair));
-  EXPECT_TRUE(object.Contains(L"\U0001F600"));
-}
-
 }  // namespace
 }  // namespace Zelto::Json

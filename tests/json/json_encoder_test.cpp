@@ -1,22 +1,15 @@
 #include "zelto/json/json_encoder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <stdexcept>
 #include <string>
 
 namespace Zelto::Utilities {
 namespace {
 
-std::string MessageOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const std::exception& e) {
-    return e.what();
-  }
-  return "";
-}
+using testing::ThrowsMessage;
 
 TEST(JsonEncoder, EscapesMaskedAndNonPrintingCharacters) {
   const std::wstring all = L"\\\"\r\n\f\t\b/";
@@ -52,7 +45,7 @@ TEST(JsonEncoder, OnlyMaskedCharactersCallForEscaping) {
 TEST(JsonEncoder, EscapesUtf8) {
   EXPECT_EQ(JsonEncoder::ToEscapedUtf8String(L"\u00e9\n"), "\xc3\xa9\\n");
   EXPECT_EQ(JsonEncoder::ToEscapedUtf8String("\xc3\xa9/"), "\xc3\xa9\\/");
-  EXPECT_EQ(MessageOf([] { JsonEncoder::ToEscapedUtf8String("\xff"); }), "bad conversion");
+  EXPECT_THAT([] { JsonEncoder::ToEscapedUtf8String("\xff"); }, ThrowsMessage<std::range_error>("bad conversion"));
 }
 
 TEST(JsonEncoder, DecodesWhatStoulAccepts) {
@@ -85,8 +78,9 @@ TEST(JsonEncoder, DecodesWhatStoulAccepts) {
     EXPECT_EQ(JsonEncoder::FromEscapedString(std::wstring(c.text)), c.decoded) << c.text;
   }
   for (const wchar_t* text : {L"\\uzzzz", L"\\u    ", L"\\u-+12", L"\\u+  1", L"\\u\"\"\"\"", L"\\ux123"}) {
-    EXPECT_THROW(JsonEncoder::FromEscapedString(text), std::invalid_argument) << text;
-    EXPECT_EQ(MessageOf([text] { JsonEncoder::FromEscapedString(text); }), "invalid stoul argument");
+    EXPECT_THAT([text] { JsonEncoder::FromEscapedString(text); },
+                ThrowsMessage<std::invalid_argument>("invalid stoul argument"))
+        << text;
   }
 }
 
@@ -106,8 +100,9 @@ class OpenedEncoder : public JsonEncoder {
 };
 
 TEST(JsonEncoder, GuardsItsLengthCalculation) {
-  EXPECT_EQ(MessageOf([] { OpenedEncoder::VerifyOutputLength(3, 2); }), "ToEscapedString: wrong length calculation.");
-  EXPECT_EQ(MessageOf([] { OpenedEncoder::VerifyOutputLength(2, 2); }), "");
+  EXPECT_NO_THROW(OpenedEncoder::VerifyOutputLength(2, 2));
+  EXPECT_THAT([] { OpenedEncoder::VerifyOutputLength(3, 2); },
+              ThrowsMessage<std::exception>("ToEscapedString: wrong length calculation."));
   std::wstring out(7, L'.');
   std::size_t pos = 1;
   OpenedEncoder::EncodeNonPrintCharacter(out, pos, L'\n');
