@@ -8,6 +8,7 @@
 #include "zelto/text/exceptions/system_error_category.h"
 #include "zelto/text/exceptions/win32_exception.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -47,11 +48,7 @@ TEST(Win32Exception, ComposesMessageDescriptionAndUnknownCode) {
 TEST(Win32Exception, TakesTheLastErrorBeforeAnythingElse) {
   for (const Platform::ErrorCode code : {2U, 233U, 995U}) {
     Platform::SetLastErrorCode(code);
-    try {
-      throw Win32Exception("A message that is too long to be stored without an allocation of memory");
-    } catch (const Win32Exception& error) {
-      EXPECT_EQ(error.GetErrorCode(), code);
-    }
+    EXPECT_EQ(Win32Exception("A message that is too long to be stored without an allocation").GetErrorCode(), code);
     Platform::SetLastErrorCode(code);
     EXPECT_EQ(FileSystemException("A message that is rather long", L"/a/path/that/is/long/too").code().value(),
               static_cast<int>(code));
@@ -138,12 +135,8 @@ TEST(FileSystemException, WritesBothBlanksAndBytesOfTheSameValue) {
 }
 
 TEST(FileSystemException, FailsOnPathsAboveOneByte) {
-  try {
-    FileSystemException error("Can't read", L"\u0100", 5);
-    FAIL();
-  } catch (const std::range_error& error) {
-    EXPECT_STREQ(error.what(), "bad conversion");
-  }
+  EXPECT_THAT([] { FileSystemException("Can't read", L"\u0100", 5); },
+              testing::ThrowsMessage<std::range_error>("bad conversion"));
 }
 
 TEST(Exceptions, PlainOnesKeepTheirTexts) {

@@ -11,17 +11,8 @@ namespace Zelto::Utilities {
 namespace {
 
 using testing::ElementsAre;
+using testing::ThrowsMessage;
 using SU = StringUtilities;
-
-template <typename Exception, typename Action>
-void ExpectThrow(const char* text, const Action& action) {
-  try {
-    action();
-    ADD_FAILURE() << "nothing thrown instead of " << text;
-  } catch (const Exception& error) {
-    EXPECT_STREQ(error.what(), text);
-  }
-}
 
 TEST(StringUtilities, TestsBothEnds) {
   EXPECT_TRUE(SU::StartsWith(L"abc", L""));
@@ -104,8 +95,8 @@ TEST(StringUtilities, ReplacesAllAlsoWhatReplacementsForm) {
 
 TEST(StringUtilities, ReplaceAllRefusesWhatWouldNotEnd) {
   std::wstring text = L"xaby";
-  ExpectThrow<std::runtime_error>("Replace shouldn't contain the search string for replace all",
-                                  [&text] { SU::ReplaceAll(text, L"ab", L"xaby"); });
+  EXPECT_THAT([&text] { SU::ReplaceAll(text, L"ab", L"xaby"); },
+              ThrowsMessage<std::runtime_error>("Replace shouldn't contain the search string for replace all"));
   EXPECT_EQ(text, L"xaby");
   text = L"aab";
   EXPECT_THROW(SU::ReplaceAll(text, L"ab", L"bbaa"), std::length_error);
@@ -125,7 +116,8 @@ TEST(StringUtilities, ReplacesAtOneEnd) {
   SU::ReplaceAtEnd(text, L"", L"-");
   SU::ReplaceAtEnd(text, L"longer", L"-");
   EXPECT_EQ(text, L"xyzc");
-  ExpectThrow<std::out_of_range>("invalid string position", [&text] { SU::ReplaceAtEnd(text, L"xxyzc", L"-"); });
+  EXPECT_THAT([&text] { SU::ReplaceAtEnd(text, L"xxyzc", L"-"); },
+              ThrowsMessage<std::out_of_range>("invalid string position"));
   EXPECT_EQ(text, L"xyzc");
   text.clear();
   SU::ReplaceAtEnd(text, L"x", L"-");
@@ -179,7 +171,7 @@ TEST(StringUtilities, CutsPartsOut) {
   EXPECT_EQ(SU::Left(L"abc", 4), L"abc");
   EXPECT_EQ(SU::Mid(L"abc", 1), L"bc");
   EXPECT_EQ(SU::Mid(L"abc", 3), L"");
-  ExpectThrow<std::out_of_range>("invalid string position", [] { SU::Mid(L"abc", 4); });
+  EXPECT_THAT([] { SU::Mid(L"abc", 4); }, ThrowsMessage<std::out_of_range>("invalid string position"));
 
   EXPECT_THAT(SU::Split(L"", L","), ElementsAre(L""));
   EXPECT_THAT(SU::Split(L",a,,b,", L","), ElementsAre(L"", L"a", L"", L"b", L""));
