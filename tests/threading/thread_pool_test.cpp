@@ -77,6 +77,25 @@ bool AwaitWaitingThreads(ThreadPool& pool, bool expected) {
   return pool.HasWaitingThreads() == expected;
 }
 
+/// Four threads schedule `each` tasks at the same time, which get numbers from `first` on. The tasks of one stand
+/// together.
+std::vector<std::future<int>> ScheduleByFour(ThreadPool& pool, int first, int each,
+                                             const std::function<void(int)>& run) {
+  std::vector<std::future<int>> futures(static_cast<std::size_t>(4 * each));
+  std::vector<std::thread> producers;
+  for (int producer = 0; producer < 4; ++producer) {
+    producers.emplace_back([&, producer] {
+      for (int i = producer * each; i < (producer + 1) * each; ++i) {
+        futures[static_cast<std::size_t>(i)] = pool.ScheduleTask([run, number = first + i] { run(number); });
+      }
+    });
+  }
+  for (std::thread& producer : producers) {
+    producer.join();
+  }
+  return futures;
+}
+
 TEST(ThreadPool, AcceptsTasksOnlyBetweenStartAndStop) {
   const std::string kRefused = "Thread pool cannot accept new tasks";
   ThreadPool pool(4);
@@ -152,37 +171,22 @@ TEST(ThreadPool, ABurstReachesAllThatIdle) {
 }
 
 TEST(ThreadPool, IsFirstInFirstOutAcrossProducers) {
-  constexpr int kProducers = 4;
   constexpr int kEach = 100;
   ThreadPool pool(0);
   pool.Start();
   std::vector<int> ran;
-  std::vector<std::vector<std::future<int>>> futures(kProducers);
-  for (int turn = 0; turn < 2; ++turn) {  // the second turn's tasks come behind all of the first
-    std::vector<std::thread> producers;
-    for (int producer = 0; producer < kProducers; ++producer) {
-      producers.emplace_back([&, producer] {
-        for (int i = 0; i < kEach; ++i) {
-          const int number = (turn * kProducers + producer) * kEach + i;
-          futures[static_cast<std::size_t>(producer)].push_back(
-              pool.ScheduleTask([&ran, number] { ran.push_back(number); }));
-        }
-      });
-    }
-    for (std::thread& producer : producers) {
-      producer.join();
-    }
-  }
+  const auto record = [&ran](int number) { ran.push_back(number); };
+  auto futures = ScheduleByFour(pool, 0, kEach, record);
+  // These come behind all of the first.
+  std::ranges::move(ScheduleByFour(pool, 4 * kEach, kEach, record), std::back_inserter(futures));
   pool.Resize(1);
-  for (auto& of_producer : futures) {
-    for (std::future<int>& future : of_producer) {
-      ASSERT_TRUE(Await(pool, future));
-    }
+  for (std::future<int>& future : futures) {
+    ASSERT_TRUE(Await(pool, future));
   }
-  ASSERT_EQ(ran.size(), 2u * kProducers * kEach);
-  std::vector<int> last(2 * kProducers, -1);
+  ASSERT_EQ(ran.size(), 8U * kEach);
+  std::vector<int> last(8, -1);
   for (std::size_t i = 0; i < ran.size(); ++i) {
-    EXPECT_EQ(ran[i] / (kProducers * kEach), i < ran.size() / 2 ? 0 : 1);
+    EXPECT_EQ(ran[i] < 4 * kEach, i < ran.size() / 2);
     int& before = last[static_cast<std::size_t>(ran[i] / kEach)];
     EXPECT_LT(before, ran[i]);
     before = ran[i];
@@ -190,43 +194,29 @@ TEST(ThreadPool, IsFirstInFirstOutAcrossProducers) {
 }
 
 TEST(ThreadPool, RunsEveryTaskOnceUnderLoad) {
-  constexpr int kTasks = 2000;
   std::atomic<int> sum{0};
   ThreadPool pool(4);
   pool.Start();
-  std::vector<std::vector<std::future<int>>> futures(4);
-  std::vector<std::thread> producers;
-  for (auto& mine : futures) {
-    producers.emplace_back([&] {
-      for (int i = 0; i < kTasks / 4; ++i) {
-        mine.push_back(pool.ScheduleTask([&sum] { ++sum; }));
-      }
-    });
+  for (std::future<int>& future : ScheduleByFour(pool, 1, 500, [&sum](int number) { sum += number; })) {
+    ASSERT_TRUE(Await(pool, future));
   }
-  for (std::thread& producer : producers) {
-    producer.join();
-  }
-  for (auto& mine : futures) {
-    for (std::future<int>& future : mine) {
-      ASSERT_TRUE(Await(pool, future));
-    }
-  }
-  EXPECT_EQ(sum, kTasks);
+  EXPECT_EQ(sum, 2000 * 2001 / 2);
 }
 
 TEST(ThreadPool, APauseHoldsTasksBackUntilStart) {
   ThreadPool pool(2);
   pool.Start();
   pool.Pause();
-  std::future<int> first = pool.ScheduleTask([] {});
-  // A worker that was past its check may still take one task; the second stays.
-  std::future<int> second = pool.ScheduleTask([] {});
-  std::future<int> third = pool.ScheduleTask([] {});
-  EXPECT_EQ(third.wait_for(milliseconds(150)), std::future_status::timeout);
+  std::vector<std::future<int>> futures(3);
+  for (std::future<int>& future : futures) {
+    future = pool.ScheduleTask([] {});
+  }
+  // Workers that were past their check may still take one task each.
+  EXPECT_EQ(futures[2].wait_for(milliseconds(150)), std::future_status::timeout);
   pool.Start();
-  EXPECT_TRUE(Await(pool, first));
-  EXPECT_TRUE(Await(pool, second));
-  EXPECT_TRUE(Await(pool, third));
+  for (std::future<int>& future : futures) {
+    EXPECT_TRUE(Await(pool, future));
+  }
 }
 
 TEST(ThreadPool, StopDropsWhatHasNotBegun) {
