@@ -58,13 +58,26 @@ class Replay : public testing::Test {
 
     const std::vector<std::string> words = ReadWords(fuzz / "dictionaries" / (std::string(target_.name) + ".dict"));
     std::mt19937 random(1);
+    // A piece of another input, a word, a random byte, or nothing.
+    const auto piece = [&]() -> std::string {
+      const std::string& other = inputs[random() % inputs.size()];
+      switch (random() % 6) {
+        case 0:
+          return other.substr(random() % (other.size() + 1), 20);
+        case 1:
+          return {static_cast<char>(random() % 256)};
+        case 2:
+          return "";
+        default:
+          return words[random() % words.size()];
+      }
+    };
     for (int i = 0; i < kMixed && !words.empty(); ++i) {
       std::string input = inputs[random() % inputs.size()];
       for (auto edits = random() % 6 + 1; edits > 0; --edits) {
+        const std::string inserted = piece();
         const std::size_t at = random() % (input.size() + 1);
-        const std::string& other = inputs[random() % inputs.size()];
-        const std::size_t from = random() % (other.size() + 1);
-        input.replace(at, random() % 3, i % 4 == 0 ? other.substr(from, 20) : words[random() % words.size()]);
+        input.replace(at, random() % 3, inserted);
       }
       RunOn(input, testing::PrintToString(input));
     }

@@ -1,5 +1,5 @@
-// The library's formatters. The input is a format, a zero byte, and what one conversion and its value are made of. The
-// format is any, so its arguments suit every conversion; the conversion is compared with what the C library prints.
+// The library's formatters. The input is a format, whose arguments suit every conversion, as any may ask for them. Of
+// its last bytes one conversion and its value are made, to be compared with what the C library prints.
 #include "fuzz/fuzz_target.h"
 #include "fuzz/input.h"
 #include "zelto/text/exceptions/win32_exception.h"
@@ -25,6 +25,7 @@ using Utilities::StringUtilities;
 constexpr std::ptrdiff_t kArguments = 256;
 constexpr std::ptrdiff_t kLargestInsert = 99;
 constexpr std::size_t kLongestFormat = 512;
+constexpr std::size_t kConversionBytes = 20;
 
 template <typename FormatWith, std::size_t... I>
 std::wstring CallWithMany(FormatWith format_with, const wchar_t* format, const void* argument,
@@ -65,8 +66,8 @@ struct Shape {
       flags.append((bits >> i & 1U), "-+ 0#"[i]);
     }
     stars = (bits & 0x20U) != 0;
-    width = static_cast<std::int8_t>(input.Byte());
-    precision = static_cast<std::int8_t>(input.Byte());
+    width = input.Byte() % 80 - 40;
+    precision = input.Byte() % 40 - 8;
   }
 
   std::wstring Before(const wchar_t* letters) const {
@@ -158,9 +159,10 @@ void CheckConversion(Input input) {
 
   const char letter = "eEfFgG"[choice % 6];
   const wchar_t letters[] = {static_cast<wchar_t>(letter), L'\0'};
-  const auto real = std::bit_cast<double>(word);
-  if (!std::isnan(real)) {
-    Check(shape, letters, real, Print(shape, "-+ #0", {letter}, real));
+  for (const double real : {std::bit_cast<double>(word), static_cast<double>(static_cast<std::int32_t>(word)) / 1024}) {
+    if (!std::isnan(real)) {
+      Check(shape, letters, real, Print(shape, "-+ #0", {letter}, real));
+    }
   }
   const auto character = static_cast<std::uint16_t>(word % 0xD7FF + 1);
   Check(shape, L"c", character, shape.Pad({static_cast<wchar_t>(character)}));
@@ -170,14 +172,12 @@ void CheckConversion(Input input) {
 }
 
 void Run(Bytes bytes) {
-  const Bytes front = bytes.first(std::min(bytes.size(), kLongestFormat));
-  const auto length = static_cast<std::size_t>(std::find(front.begin(), front.end(), 0) - front.begin());
-  std::vector<wchar_t> format = LenientText(front.first(length));
+  std::vector<wchar_t> format = LenientText(bytes.first(std::min(bytes.size(), kLongestFormat)));
   format.push_back(0);
   format.shrink_to_fit();
   CheckAnyFormat(format);
   CheckVersionFormat(format);
-  CheckConversion(Input(bytes.subspan(std::min(length + 1, bytes.size()))));
+  CheckConversion(Input(bytes.last(std::min(bytes.size(), kConversionBytes))));
 }
 
 const Target target("format", Run);

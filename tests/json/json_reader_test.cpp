@@ -100,8 +100,9 @@ TEST(JsonReader, RefusesWhatTheLanguageLeavesOut) {
   // In the last line strings without an end, wherever their quote stands.
   auto texts = Testing::Words(
       LR"(
-      [] "a" { } {,} {a:1} {"a"} {"a":1.5} {"a":1e5} {"a":--1} {"a":trueish} {"a":true1} {"a":tru} {"a":nullx} {"a":True}
-      {"a":1,,} {"a":[[1]]} {"a":[1,[2]]} {"a":[null]} {"a":[1,null]} {"a":[1} {"a":{]} {"a":[{]}
+      [] "a" { } {,} {a:1} {"a"} {"a":1.5} {"a":1e5} {"a":--1} {"a":trueish} {"a":true1} {"a":tru} {"a":nullx}
+      {"a":True} {"a":1,,} {"a":[[1]]} {"a":[1,[2]]} {"a":[null]} {"a":[1,null]} {"a":[1} {"a":{]} {"a":[{]}
+      {"a":[{}{}]} {"a":[{}"x"]}
       {"a":" {"a":"} {"a":"\"} {"a":"\ {"} {"a":1,"} {"a":["]} {"a":[1,"]} {"a":[{},"]} {"a":{"}} {"a":"2,\"b})");
   texts.insert(texts.end(), {L"", L" \t\r\n\v\f", L"\uFEFF{}", L"\u00A0{}", L"{\"a\":\uFF11}", L"{\"a\":1 2}",
                              L"{\"a\":1 \"b\":2}", L"{\"a\" 1}", L"{\"a\":[1 2]}"});
