@@ -1,6 +1,6 @@
 // How the three libraries are loaded, initialised and let go.
 #include "tests/http/library_folder.h"
-#include "tests/support/words.h"
+#include "tests/support/counter.h"
 #include "zelto/platform/process.h"
 
 #include <algorithm>
@@ -9,18 +9,12 @@
 #include <thread>
 
 using namespace Zelto::Testing;
-using Zelto::Utilities::CurlWrapper;
 
 namespace {
 
-using Notes = std::vector<std::string>;
-
-class HttpLibraries : public LibraryFolder {
+class HttpLibraries : public StandInSession {
  protected:
-  std::unique_ptr<CurlWrapper> Open(const std::wstring& directory) {
-    return std::make_unique<CurlWrapper>(directory, false, L"", L"", false, 0, 0);
-  }
-  std::unique_ptr<CurlWrapper> Open() { return Open(Directory()); }
+  std::unique_ptr<Session> Open() { return std::make_unique<Session>(Directory()); }
 
   Thrown OpenFails() {
     return Catch([&] { Open(); });
@@ -29,65 +23,48 @@ class HttpLibraries : public LibraryFolder {
     return {"Can't load library: " + (folder.Path() / name).string(), code};
   }
 
-  static auto CountOf(const Notes& notes, const std::string& prefix) {
+  static auto CountOf(const std::vector<std::string>& notes, const std::string& prefix) {
     return std::count_if(notes.begin(), notes.end(), [&](const std::string& n) { return n.starts_with(prefix); });
   }
 };
 
 TEST_F(HttpLibraries, AreLoadedAndInitialisedInOrderAndLetGoInReverse) {
   Open();
-  const Notes expected = {"load curl", "load crypto", "load ssl", "curl_global_init 3",
-                          "CRYPTO_malloc 3 Source\\CurlWrapper.cpp line", "CRYPTO_set_locking_callback",
-                          "CRYPTO_THREADID_set_callback", "curl_easy_init",
-                          //
-                          "curl_slist_free_all null", "curl_easy_cleanup", "CRYPTO_THREADID_set_callback null",
-                          "CRYPTO_set_locking_callback null", "CRYPTO_free", "curl_global_cleanup", "unload ssl",
-                          "unload crypto", "unload curl"};
-  EXPECT_EQ(TakeNotes(), expected);
+  EXPECT_EQ(TakeCalls(),
+            "load curl; load crypto; load ssl; curl_global_init 3; CRYPTO_malloc 3 Source\\CurlWrapper.cpp line; "
+            "CRYPTO_set_locking_callback; CRYPTO_THREADID_set_callback; curl_easy_init; "
+            "curl_slist_free_all null; curl_easy_cleanup; CRYPTO_THREADID_set_callback null; "
+            "CRYPTO_set_locking_callback null; CRYPTO_free; curl_global_cleanup; unload ssl; unload crypto; "
+            "unload curl; ");
 }
 
-TEST_F(HttpLibraries, NameTheFirstFileThatIsMissing) {
+TEST_F(HttpLibraries, NameTheFirstFileOrFunctionThatIsMissing) {
+  const std::string& curl = names.curl[0];
   const auto& [crypto, ssl] = names.openssl[0];
-  for (const std::string& missing : {ssl, crypto, names.curl[0]}) {  // the order of loading, from its end
-    Remove(missing);
-    EXPECT_EQ(OpenFails(), NotLoaded(missing));
-  }
-  Put("curl", names.curl[0]);
+  const auto no_function = [](const std::string& name) { return Thrown{"Can't load function: " + name, 127}; };
+  Put("crypto", ssl);  // the order of loading, from its end
+  EXPECT_EQ(OpenFails(), no_function("SSL_CTX_get_cert_store"));
+  Remove(ssl);
+  EXPECT_EQ(OpenFails(), NotLoaded(ssl));
+  Put("ssl", crypto);
+  EXPECT_EQ(OpenFails(), no_function("CRYPTO_malloc"));
+  Remove(crypto);
+  EXPECT_EQ(OpenFails(), NotLoaded(crypto));
+  Put("ssl", curl);
+  EXPECT_EQ(OpenFails(), no_function("curl_global_init"));
+  Remove(curl);
+  EXPECT_EQ(OpenFails(), NotLoaded(curl));
+
+  Put("curl", curl);
   Put("crypto", crypto);
   WriteFile(folder / std::wstring(ssl.begin(), ssl.end()), "no library");
   const Thrown broken = OpenFails();
   EXPECT_EQ(broken.text, NotLoaded(ssl).text);
   EXPECT_NE(broken.code, 126U);
-  EXPECT_EQ(Catch([&] { Open(Directory() + std::wstring(1, L'\0')); }).code, 123U);
-  const Notes notes = TakeNotes();
+  EXPECT_EQ(Catch([&] { Session(Directory() + std::wstring(1, L'\0')); }).code, 123U);
+  const auto notes = TakeNotes();
   EXPECT_EQ(CountOf(notes, "load "), CountOf(notes, "unload "));
   EXPECT_EQ(CountOf(notes, "curl_"), 0);
-}
-
-TEST_F(HttpLibraries, NameTheFirstFunctionThatIsMissing) {
-  const auto& [crypto, ssl] = names.openssl[0];
-  const struct {
-    std::string part;
-    std::string file;
-    Notes functions;
-  } cases[] = {
-      {"ssl", ssl,
-       Words("SSL_CTX_get_cert_store PEM_read_bio_X509 X509_STORE_add_cert X509_free BIO_new_mem_buf BIO_free")},
-      {"crypto", crypto,
-       Words("CRYPTO_malloc CRYPTO_num_locks CRYPTO_set_locking_callback CRYPTO_THREADID_set_callback "
-             "CRYPTO_free CRYPTO_THREADID_set_numeric")},
-      {"curl", names.curl[0],
-       Words(
-           "curl_global_init curl_easy_init curl_slist_free_all curl_easy_cleanup curl_global_cleanup curl_easy_setopt "
-           "curl_slist_append curl_easy_getinfo curl_easy_perform curl_easy_strerror")}};
-  for (const auto& each : cases) {
-    for (std::size_t i = each.functions.size(); i-- > 0;) {
-      Put(each.part + "_" + std::to_string(i), each.file);
-      EXPECT_EQ(OpenFails(), (Thrown{"Can't load function: " + each.functions[i], 127}));
-    }
-  }
-  const Notes notes = TakeNotes();
-  EXPECT_EQ(CountOf(notes, "load "), CountOf(notes, "unload "));
 }
 
 TEST_F(HttpLibraries, FallBackToTheirSuccessors) {
@@ -112,6 +89,7 @@ TEST_F(HttpLibraries, FallBackToTheirSuccessors) {
     Remove(curl);
   }
   EXPECT_EQ(OpenFails(), NotLoaded(names.curl[0]));
+  EXPECT_EQ(CountOf(TakeNotes(), "CRYPTO_"), 0) << "the new line needs no locks";
 }
 
 TEST_F(HttpLibraries, OfARelativeDirectoryAreThoseBelowTheCurrentFolderAlone) {
@@ -122,24 +100,18 @@ TEST_F(HttpLibraries, OfARelativeDirectoryAreThoseBelowTheCurrentFolderAlone) {
   std::ofstream(decoy / names.curl[0]) << "no library";
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(folder.Path().parent_path());
-  const Thrown thrown = Catch([&] { Open(name.wstring()); });
+  const Thrown thrown = Catch([&] { Session(name.wstring()); });
   std::filesystem::current_path(before);
   std::filesystem::remove_all(decoy);
   EXPECT_EQ(thrown, Thrown());
 }
 
-TEST_F(HttpLibraries, OfTheNewLineNeedNoLocks) {
-  Put("crypto_new", names.openssl[0].first);
-  Open();
-  EXPECT_EQ(CountOf(TakeNotes(), "CRYPTO_"), 0);
-}
-
 TEST_F(HttpLibraries, AreFoundWithASeparatorAtTheEndAndBesideThisLibraryWithoutADirectory) {
-  EXPECT_EQ(Catch([&] { Open(Directory() + L"/"); }), Thrown());
+  EXPECT_EQ(Catch([&] { Session(Directory() + L"/"); }), Thrown());
   Remove(names.curl[0]);
-  EXPECT_EQ(Catch([&] { Open(Directory() + L"/"); }).text,
+  EXPECT_EQ(Catch([&] { Session(Directory() + L"/"); }).text,
             "Can't load library: " + folder.Path().string() + "/" + names.curl[0]);
-  const Thrown thrown = Catch([&] { Open(L""); });
+  const Thrown thrown = Catch([&] { Session(L""); });
   const std::filesystem::path path(thrown.text.substr(thrown.text.find(": ") + 2));
   EXPECT_EQ(path.filename(), names.curl[0]);
   EXPECT_TRUE(path.is_absolute()) << thrown;
@@ -163,18 +135,11 @@ TEST_F(HttpLibraries, HaveAProcessWideStateFromTheFirstSessionToTheLast) {
 }
 
 TEST_F(HttpLibraries, OfTwoFoldersHaveStatesOfTheirOwnButNotTwoSetsOfLocks) {
-  class Other : public LibraryFolder {
-   public:
-    using LibraryFolder::Directory;
-    using LibraryFolder::names;
-    using LibraryFolder::Put;
-    void TestBody() override {}
-  };
-  Other other;
+  LibraryFolder other;
   auto first = Open();
-  EXPECT_EQ(Catch([&] { Open(other.Directory()); }), (Thrown{"Could not initialize the curl library", 50}));
-  other.Put("crypto_new", other.names.openssl[0].first);
-  auto second = Open(other.Directory());
+  EXPECT_EQ(Catch([&] { Session(other.Directory()); }), (Thrown{"Could not initialize the curl library", 50}));
+  other.Put("crypto_new", names.openssl[0].first);
+  auto second = std::make_unique<Session>(other.Directory());
   TakeNotes();
   first.reset();
   EXPECT_EQ(CountOf(TakeNotes(), "curl_global_cleanup"), 1);
@@ -183,22 +148,19 @@ TEST_F(HttpLibraries, OfTwoFoldersHaveStatesOfTheirOwnButNotTwoSetsOfLocks) {
 }
 
 TEST_F(HttpLibraries, AreLetGoWhenAConstructorFailsHalfWay) {
-  const struct {
-    void (*spoil)(Answers&);
-    std::uint32_t code;
-    Notes::difference_type cleanups;
-  } cases[] = {{[](Answers& a) { a.global_init = 27; }, 27, 0},
-               {[](Answers& a) { a.crypto_malloc = false; }, 8, 1},
-               {[](Answers& a) { a.easy_init = false; }, 8, 1}};
-  for (const auto& each : cases) {
-    GetAnswers() = {};
-    each.spoil(GetAnswers());
-    EXPECT_EQ(OpenFails(), (Thrown{"Could not initialize the curl library", each.code}));
-    const Notes notes = TakeNotes();
-    EXPECT_EQ(CountOf(notes, "curl_global_cleanup"), each.cleanups);
+  const auto expect = [&](std::uint32_t code, int cleanups) {
+    EXPECT_EQ(OpenFails(), (Thrown{"Could not initialize the curl library", code}));
+    const auto notes = TakeNotes();
+    EXPECT_EQ(CountOf(notes, "curl_global_cleanup"), cleanups);
     EXPECT_EQ(CountOf(notes, "unload "), 3);
-  }
-  GetAnswers() = {};
+    GetAnswers() = {};
+  };
+  GetAnswers().global_init = 27;
+  expect(27, 0);
+  GetAnswers().crypto_malloc = false;
+  expect(8, 1);
+  GetAnswers().easy_init = false;
+  expect(8, 1);
   EXPECT_EQ(OpenFails(), Thrown());
 }
 
@@ -206,16 +168,18 @@ TEST_F(HttpLibraries, GetLocksThatExcludeAndIdsThatDiffer) {
   const auto session = Open();
   const auto lock = GetLockingCallbacks().lock.load();
   const auto thread_id = GetLockingCallbacks().thread_id.load();
+  Counter started;
   int value = 0;
   std::vector<unsigned long> ids(4);
   std::vector<std::thread> threads;
-  lock(1, kLocks - 1, "", 0);  // held by this thread, twice: the others wait
+  lock(1, kLocks - 1, "", 0);  // held by this thread, twice
   lock(1, kLocks - 1, "", 0);
   for (unsigned long& id : ids) {
     threads.emplace_back([&] {
       thread_id(&id);
       lock(1, 0, "", 0);  // another lock is free
       lock(2, 0, "", 0);
+      started.Add();
       for (int i = 0; i < 1000; ++i) {
         lock(1 | 4, kLocks - 1, "", 0);
         ++value;
@@ -223,8 +187,9 @@ TEST_F(HttpLibraries, GetLocksThatExcludeAndIdsThatDiffer) {
       }
     });
   }
-  value = 0;
   lock(2, kLocks - 1, "", 0);
+  EXPECT_TRUE(started.WaitFor(ids.size()));
+  EXPECT_EQ(std::exchange(value, 0), 0);
   lock(2, kLocks - 1, "", 0);
   for (std::thread& thread : threads) {
     thread.join();

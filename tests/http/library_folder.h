@@ -1,5 +1,5 @@
 /// @file
-/// A folder with stand-ins for libcurl and OpenSSL under the names that are looked for.
+/// A folder with stand-ins for libcurl and OpenSSL under the names that are looked for, and sessions over them.
 #pragma once
 
 #include "tests/http/stand_in/stand_in.h"
@@ -7,6 +7,7 @@
 #include "zelto/http/curl_wrapper.h"
 #include "zelto/text/exceptions/win32_exception.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -52,12 +53,18 @@ Thrown Catch(const Operation& operation) {
   }
 }
 
-/// Puts the answers and the list of calls back to what they are at first; has a folder with all three libraries.
-class LibraryFolder : public ::testing::Test {
- protected:
+/// The calls since the last time, in their order.
+inline std::string TakeCalls() {
+  std::string text;
+  for (const std::string& note : TakeNotes()) {
+    text += note + "; ";
+  }
+  return text;
+}
+
+/// A folder with all three libraries.
+struct LibraryFolder {
   LibraryFolder() {
-    GetAnswers() = {};
-    TakeNotes();
     Put("curl", names.curl[0]);
     Put("crypto", names.openssl[0].first);
     Put("ssl", names.openssl[0].second);
@@ -70,36 +77,41 @@ class LibraryFolder : public ::testing::Test {
   }
   void Remove(const std::string& name) { std::filesystem::remove(folder.Path() / name); }
 
-  std::wstring Directory() const { return (folder / L"x").substr(0, (folder / L"x").size() - 2); }
+  std::wstring Directory() const { return folder.Path().wstring(); }
 
   TempFolder folder;
   const LibraryNames names = GetLibraryNames();
 };
 
-/// A session over the stand-ins with an ordinary set of arguments.
-class StandInSession : public LibraryFolder {
+/// Sessions over the stand-ins. The answers and the list of calls are what they are at first.
+class StandInSession : public ::testing::Test, protected LibraryFolder {
  protected:
   class Session : public Utilities::CurlWrapper {
    public:
     using CurlWrapper::CurlWrapper;
     using CurlWrapper::ExecuteRequest;
+    /// Without a proxy, a user agent, a CA file and limits.
+    explicit Session(const std::wstring& directory, bool system_proxy = false)
+        : CurlWrapper(directory, system_proxy, L"", L"", false, 0, 0) {}
   };
 
+  StandInSession() {
+    GetAnswers() = {};
+    TakeNotes();
+  }
+
   /// The calls of one GET.
-  static std::vector<std::string> NotesOfGet(Utilities::ICurlWrapper& session, const std::wstring& url = L"http://h/") {
+  static std::string CallsOfGet(Utilities::ICurlWrapper& session, const std::wstring& url = L"http://h/") {
     TakeNotes();
     session.ExecuteGetRequest(url);
-    return TakeNotes();
+    return TakeCalls();
   }
 
   /// The headers of one GET.
   static std::string LinesOfGet(Utilities::ICurlWrapper& session) {
-    for (const std::string& note : NotesOfGet(session)) {
-      if (note.starts_with("curl_easy_perform")) {
-        return note.substr(17);
-      }
-    }
-    return "no transfer";
+    const std::string calls = CallsOfGet(session);
+    const std::size_t begin = calls.find("curl_easy_perform") + 17;
+    return calls.substr(begin, calls.find(';', begin) - begin);
   }
 };
 

@@ -26,7 +26,7 @@ TEST_F(HttpThreads, SessionsComeAndGoWhileOthersTransfer) {
   for (int i = 0; i < 6; ++i) {
     threads.emplace_back([&] {
       for (int round = 0; round < 10; ++round) {
-        Session session(Directory(), false, L"", L"", false, 0, 0);
+        Session session(Directory());
         session.AddCertificate("PEM");
         for (int request = 0; request < 3; ++request) {
           session.ResetSession();

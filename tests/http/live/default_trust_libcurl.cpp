@@ -7,6 +7,8 @@
 extern "C" {
 
 int curl_easy_setopt(void* handle, int option, ...);
+int curl_easy_perform(void* handle);
+void curl_easy_cleanup(void* handle);
 
 void* curl_easy_init() {
   constexpr int kCaInfo = 10065;
@@ -14,6 +16,18 @@ void* curl_easy_init() {
   void* const handle = init();
   curl_easy_setopt(handle, kCaInfo, std::getenv("ZELTO_TEST_BUNDLE"));
   return handle;
+}
+
+// What this libcurl says to a server, with verification as it comes.
+int plain_request(const char* url) {
+  constexpr int kNoBody = 44;
+  constexpr int kUrl = 10002;
+  void* const handle = curl_easy_init();
+  curl_easy_setopt(handle, kNoBody, 1L);
+  curl_easy_setopt(handle, kUrl, url);
+  const int result = curl_easy_perform(handle);
+  curl_easy_cleanup(handle);
+  return result;
 }
 
 }  // extern "C"

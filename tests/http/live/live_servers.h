@@ -6,15 +6,14 @@
 #include "tests/support/child_process.h"
 #include "tests/support/temp_folder.h"
 
-#include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace Zelto::Testing {
 
-/// Certificates: authorities "root", "middle" (by root) and "stranger"; servers "server" (localhost and 127.0.0.1, by
-/// middle) and "elsewhere" (another host, by middle). Each server sends its chain up to middle.
+/// Certificates, made anew in each run: authorities "root", "middle" (by root) and "stranger"; servers "server"
+/// (localhost and 127.0.0.1, by middle) and "elsewhere" (another host, by middle). Each server sends its chain up to
+/// middle. "broken" is half of root, and "nothing" empty.
 ///
 /// Paths of nginx: /status/CODE answers with that status and its number as the text; /uri, /via, /head and /echo
 /// return what they were asked for (the address, the proxies, some headers, the body); /private wants user "us\u00E9r"
@@ -28,12 +27,12 @@ class LiveServers {
   std::wstring Http(const std::wstring& path) const;
   /// @param host  localhost, or another name of the loopback address
   std::wstring Https(const std::wstring& path, const std::wstring& host = L"localhost") const;
-  /// The server whose certificate names another host.
-  std::wstring Elsewhere(const std::wstring& path) const;
+  /// A file of the server whose certificate names another host.
+  std::wstring Elsewhere() const;
   /// The port of the proxy that wants user "agent" with password "pa5sword".
   unsigned int ProxyPort() const { return proxy_port_; }
   /// What the proxy has noted so far.
-  std::string ProxyLog() const;
+  std::string ProxyLog() const { return ReadFile(folder_ / L"proxy.log"); }
 
   std::string Pem(const std::string& name) const { return ReadFile(PemPath(name)); }
   std::wstring PemPath(const std::string& name) const;
@@ -41,11 +40,8 @@ class LiveServers {
   void Serve(const std::wstring& name, const std::string& bytes) { WriteFile(root_ / name, bytes); }
 
  private:
-  void StartNginx();
-  void StartProxy();
-  /// Another process may take a free port before the program does: then the program ends and gets others.
-  std::unique_ptr<ChildProcess> Start(const std::vector<std::string>& command, const std::function<void()>& configure,
-                                      const std::function<bool()>& is_ready);
+  void ConfigureNginx();
+  void ConfigureProxy();
 
   TempFolder folder_;
   TempFolder root_;

@@ -2,7 +2,6 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -11,50 +10,25 @@
 
 namespace Zelto::Testing {
 
-namespace {
-
-std::size_t BodyLength(const std::string& head) {
-  const std::size_t field = head.find("Content-Length:");
-  return field == std::string::npos ? 0 : std::strtoul(head.c_str() + field + 15, nullptr, 10);
-}
-
-}  // namespace
-
-int ListenOnLoopback() {
-  const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  if (::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-      ::listen(listener, 64) != 0) {
-    throw std::runtime_error("no free loopback port");
-  }
-  return listener;
-}
-
-unsigned int PortOf(int socket) {
-  sockaddr_in address{};
-  socklen_t size = sizeof address;
-  ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
-  return ntohs(address.sin_port);
-}
-
 std::string Connection::ReadRequest() {
   std::string request;
-  std::size_t whole = std::string::npos;
+  std::size_t body = std::string::npos;
+  std::size_t length = 0;
   char buffer[65536];
-  while (request.size() < whole) {
+  while (body == std::string::npos || request.size() < body + length) {
     const ssize_t count = ::recv(socket_, buffer, sizeof buffer, 0);
     if (count <= 0) {
       return {};
     }
     request.append(buffer, static_cast<std::size_t>(count));
     const std::size_t end = request.find("\r\n\r\n");
-    if (whole == std::string::npos && end != std::string::npos) {
-      whole = end + 4 + BodyLength(request.substr(0, end));
+    if (body == std::string::npos && end != std::string::npos) {
+      const std::size_t field = request.find("Content-Length:");
+      length = field < end ? std::strtoul(request.c_str() + field + 15, nullptr, 10) : 0;
+      body = end + 4;
     }
   }
-  return request;
+  return request.substr(body);
 }
 
 void Connection::Write(std::string_view bytes) {
@@ -79,7 +53,17 @@ void Connection::Reset() {
 }
 
 LoopbackServer::LoopbackServer(std::function<void(Connection&)> handler)
-    : handler_(std::move(handler)), listener_(ListenOnLoopback()), port_(PortOf(listener_)) {
+    : handler_(std::move(handler)), listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  sockaddr_in address{};
+  socklen_t size = sizeof address;
+  auto* const name = reinterpret_cast<sockaddr*>(&address);
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  if (::bind(listener_, name, size) != 0 || ::listen(listener_, 64) != 0) {
+    throw std::runtime_error("no free loopback port");
+  }
+  ::getsockname(listener_, name, &size);
+  port_ = ntohs(address.sin_port);
   thread_ = std::thread([this] { Serve(); });
 }
 
@@ -94,14 +78,8 @@ LoopbackServer::~LoopbackServer() {
   ::close(listener_);
 }
 
-std::wstring LoopbackServer::Url(const std::wstring& path) const {
-  return L"http://127.0.0.1:" + std::to_wstring(port_) + path;
-}
-
 void LoopbackServer::Serve() {
   for (int socket; (socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
-    const int at_once = 1;
-    ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &at_once, sizeof at_once);
     std::unique_lock lock(mutex_);
     if (!stopping_) {
       open_ = socket;

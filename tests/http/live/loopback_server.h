@@ -10,17 +10,12 @@
 
 namespace Zelto::Testing {
 
-/// Opens a listening socket on a free port of the loopback address.
-int ListenOnLoopback();
-/// The port that a socket is bound to.
-unsigned int PortOf(int socket);
-
 /// One accepted connection. Its functions end quietly when the peer or the server has gone.
 class Connection {
  public:
   explicit Connection(int socket) : socket_(socket) {}
 
-  /// Reads a whole request, with as much body as "Content-Length" says. @return empty when the peer has gone
+  /// Reads a whole request, with as much body as "Content-Length" says. @return its body
   std::string ReadRequest();
   void Write(std::string_view bytes);
   /// Stays until the peer closes or the server stops.
@@ -42,19 +37,24 @@ class LoopbackServer {
   LoopbackServer& operator=(const LoopbackServer&) = delete;
 
   unsigned int Port() const { return port_; }
-  /// The address of a path on this server.
-  std::wstring Url(const std::wstring& path) const;
+  /// The address of this server.
+  std::wstring Url() const { return L"http://127.0.0.1:" + std::to_wstring(port_) + L"/"; }
 
  private:
   void Serve();
 
   const std::function<void(Connection&)> handler_;
   const int listener_;
-  const unsigned int port_;
+  unsigned int port_;
   std::mutex mutex_;
   int open_ = -1;
   bool stopping_ = false;
   std::thread thread_;
 };
+
+/// A port at which nobody listens.
+inline unsigned int FreePort() {
+  return LoopbackServer([](Connection&) {}).Port();
+}
 
 }  // namespace Zelto::Testing

@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 
 #include <cstdio>
-#include <ostream>
 #include <string>
 
 namespace Zelto::Testing {
@@ -16,14 +15,10 @@ struct Result {
   std::string text = {};
 };
 
-inline std::ostream& operator<<(std::ostream& stream, const Result& result) {
-  return stream << "exit status " << result.status << ": " << result.text;
-}
-
 /// Runs a line of the shell.
 inline Result Run(const std::string& line) {
   Result result;
-  std::FILE* const output = ::popen((line + " 2>&1").c_str(), "r");
+  std::FILE* const output = ::popen(("{ " + line + "\n} 2>&1").c_str(), "r");
   for (int byte = 0; (byte = std::getc(output)) != EOF;) {
     result.text += static_cast<char>(byte);
   }

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+#include <vector>
+
 namespace Zelto::Testing {
 
 namespace {
@@ -31,108 +34,88 @@ std::size_t Collect(const char* bytes, std::size_t size, std::size_t count, void
 }  // namespace
 
 TEST(Transfer, TellsTheStatusAndTheTextOfEachAnswer) {
-  CurlWrapper wrapper = NewWrapper();
-  for (const unsigned status : {200U, 403U, 404U, 500U, 503U, 301U, 302U, 307U, 204U}) {
-    const std::wstring number = std::to_wstring(status);
-    EXPECT_EQ(Get(wrapper, LiveServers::Get().Http(L"/status/" + number)), Answered(status));
-    if (status == 204) {
-      EXPECT_EQ(wrapper.GetHttpResponse(), L"");
-    } else if (status / 100 == 3) {  // what a redirect says, not what it leads to
-      EXPECT_NE(wrapper.GetHttpResponse().find(number), std::wstring::npos);
-    } else {
-      EXPECT_EQ(wrapper.GetHttpResponse(), number);
+  LiveServers& servers = LiveServers::Get();
+  for (const bool fail_on_error : {false, true}) {
+    CurlWrapper wrapper = NewWrapper({.fail_on_error = fail_on_error});
+    for (const std::wstring status : {L"200", L"404", L"503"}) {
+      const bool fails = fail_on_error && status != L"200";
+      const std::string narrow(status.begin(), status.end());
+      EXPECT_EQ(Get(wrapper, servers.Http(L"/status/" + status)), fails ? kHttpError : narrow);
+      EXPECT_EQ(wrapper.GetHttpResponse(), fails ? L"200" : status);
     }
+    EXPECT_EQ(Get(wrapper, servers.Http(L"/status/204")), "204");
+    EXPECT_EQ(wrapper.GetHttpResponse(), L"");
+    EXPECT_EQ(Get(wrapper, servers.Http(L"/status/302")), "302");
+    EXPECT_NE(wrapper.GetHttpResponse().find(L"302"), std::wstring::npos);  // not what it leads to
   }
-}
-
-TEST(Transfer, FailsOnErrorsWhenAskedToAndKeepsTheStatusBefore) {
-  LiveServers& servers = LiveServers::Get();
-  CurlWrapper wrapper = NewWrapper({.fail_on_error = true});
-  EXPECT_EQ(Get(wrapper, servers.Http(L"/status/404")), Failed(kHttpError));
-  EXPECT_EQ(wrapper.GetHttpStatusCode(), 0U);
-  EXPECT_EQ(Get(wrapper, servers.Http(L"/status/302")), Answered(302));
-  const Outcome failure = Get(wrapper, servers.Http(L"/status/500"));
-  EXPECT_EQ(failure, Failed(kHttpError));
-  EXPECT_NE(failure.text.find("HTTP response code said error"), std::string::npos) << failure.text;
-  EXPECT_EQ(wrapper.GetHttpStatusCode(), 302U);
-}
-
-TEST(Transfer, TakesBodiesOfNothingAndOf50Megabytes) {
-  LiveServers& servers = LiveServers::Get();
-  const std::string large = Pattern(50U << 20);
-  servers.Serve(L"empty", "");
-  servers.Serve(L"large", large);
-  CurlWrapper wrapper = NewWrapper();
-  EXPECT_EQ(Get(wrapper, servers.Http(L"/large")), Answered(200));
-  {
-    const std::wstring response = wrapper.GetHttpResponse();
-    EXPECT_TRUE(std::equal(response.begin(), response.end(), large.begin(), large.end()));
-  }
-  EXPECT_EQ(Get(wrapper, servers.Http(L"/empty")), Answered(200));
-  EXPECT_EQ(wrapper.GetHttpResponse(), L"");
-
-  std::string received;
-  wrapper.SetReceiveDataCallback(Collect, &received);
-  EXPECT_EQ(Get(wrapper, servers.Https(L"/large")), Answered(200));
-  EXPECT_TRUE(received == large);
-  EXPECT_EQ(wrapper.GetHttpResponse(), L"");
 }
 
 TEST(Transfer, SendsTheAddressEncodedAndWithoutItsFragment) {
   LiveServers& servers = LiveServers::Get();
   servers.Serve(L"caf\u00E9 \u2603.txt", "found");
   CurlWrapper wrapper = NewWrapper();
-  EXPECT_EQ(Get(wrapper, servers.Http(L"/caf\u00E9%20\u2603.txt?\u00FC=%41#part")), Answered(200));
+  EXPECT_EQ(Get(wrapper, servers.Http(L"/caf\u00E9%20\u2603.txt?\u00FC=%41#part")), kAccepted);
   EXPECT_EQ(wrapper.GetHttpResponse(), L"found");
-  EXPECT_EQ(Get(wrapper, servers.Http(L"/uri?q=\u00FC&r=%2F+b&p=/../\u2603#\u00E9")), Answered(200));
+  EXPECT_EQ(Get(wrapper, servers.Http(L"/uri?q=\u00FC&r=%2F+b&p=/../\u2603#\u00E9")), kAccepted);
   EXPECT_EQ(wrapper.GetHttpResponse(), L"/uri?q=%C3%BC&r=%2F+b&p=/../%E2%98%83");
 
   std::wstring with_user = servers.Http(L"/private");
-  servers.Serve(L"small", "secret");
-  EXPECT_EQ(Get(wrapper, with_user), Answered(401));
   with_user.insert(7, L"us\u00E9r:p%40w@");
-  EXPECT_EQ(Get(wrapper, with_user), Answered(200));
-  EXPECT_EQ(wrapper.GetHttpResponse(), L"secret");
-  EXPECT_EQ(Get(wrapper, servers.Http(L"/private")), Answered(401));  // the user does not stay
+  EXPECT_EQ(Get(wrapper, with_user), kAccepted);
+  EXPECT_EQ(wrapper.GetHttpResponse(), L"small");
+  EXPECT_EQ(Get(wrapper, servers.Http(L"/private")), "401");  // the user does not stay
 }
 
-TEST(Transfer, SendsHeadersOnceAndClearsThem) {
+TEST(Transfer, BodiesComeAndGoByteByByte) {
   LiveServers& servers = LiveServers::Get();
-  CurlWrapper wrapper = NewWrapper();
-  wrapper.AddHeader(L"X-Name", L"Zo\u00EB");
-  wrapper.AddHeader(L"X-Number", std::int32_t{-7});
-  wrapper.SetContentType(L"text/x-test");
-  wrapper.ExecuteGetRequest(servers.Http(L"/head"));
-  EXPECT_EQ(wrapper.GetHttpResponse(), L"Zo\u00EB|-7|text/x-test|Zelto tests/1");
-
-  wrapper.ExecuteGetRequest(servers.Http(L"/head"));  // a second Content-Length: real servers refuse that
-  EXPECT_EQ(wrapper.GetHttpStatusCode(), 400U);
-  wrapper.ClearHeaders();
-  wrapper.ExecuteGetRequest(servers.Http(L"/head"));
-  EXPECT_EQ(wrapper.GetHttpResponse(), L"||text/x-test|Zelto tests/1");
-  wrapper.ResetSession();
-  wrapper.ExecuteGetRequest(servers.Http(L"/head"));
-  EXPECT_EQ(wrapper.GetHttpStatusCode(), 200U);
-}
-
-TEST(Transfer, PostsBodiesThatComeBackByteByByte) {
-  LiveServers& servers = LiveServers::Get();
-  const std::string large = Pattern(3U << 20);
+  const std::string large = Pattern(50U << 20);
+  servers.Serve(L"large", large);
   std::string received;
   CurlWrapper wrapper = NewWrapper();
+  EXPECT_EQ(Get(wrapper, servers.Http(L"/large")), kAccepted);
+  const std::wstring response = wrapper.GetHttpResponse();
+  EXPECT_TRUE(std::equal(response.begin(), response.end(), large.begin(), large.end()));
   wrapper.SetReceiveDataCallback(Collect, &received);
+  EXPECT_EQ(Get(wrapper, servers.Https(L"/large")), kAccepted);
+  EXPECT_TRUE(received == large);
+
   for (const std::wstring& body : {std::wstring(L"a=1&b=@file"), std::wstring(L"zero\0and \u00E9 \xD83D\xDE00", 13),
-                                   std::wstring(), std::wstring(large.begin(), large.end())}) {
+                                   std::wstring(), response.substr(0, 3U << 20)}) {
     wrapper.SetCommandBody(body);
     for (const std::wstring& url : {servers.Http(L"/echo"), servers.Https(L"/echo")}) {
       received.clear();
-      EXPECT_EQ(Post(wrapper, url), Answered(200));
+      EXPECT_EQ(Post(wrapper, url), kAccepted);
       EXPECT_TRUE(received == StringUtilities::Utf16ToUtf8(body)) << body.size();
     }
   }
   wrapper.SetReceiveDataCallback(nullptr, nullptr);
-  EXPECT_EQ(Get(wrapper, servers.Http(L"/uri")), Answered(200));  // after a POST, a plain GET again
+  EXPECT_EQ(Get(wrapper, servers.Http(L"/uri")), kAccepted);  // after a POST, a plain GET again
   EXPECT_EQ(wrapper.GetHttpResponse(), L"/uri");
+}
+
+TEST(Transfer, GoesOnWhileOtherThreadsMakeAndDestroyWrappers) {
+  LiveServers& servers = LiveServers::Get();
+  const auto talk = [&](int seed) {
+    for (int round = seed; round < seed + 6; ++round) {
+      CurlWrapper wrapper = NewWrapper();
+      const bool is_right = round % 3 != 0;
+      wrapper.AddCertificate(servers.Pem(is_right ? "root" : "stranger"));
+      EXPECT_EQ(Get(wrapper, servers.Https(L"/status/200")), is_right ? kAccepted : kPeerNotVerified);
+      wrapper.SetCommandBody(std::to_wstring(round) + L" \u00E9");
+      EXPECT_EQ(Post(wrapper, servers.Http(L"/echo")), kAccepted);
+      EXPECT_EQ(wrapper.GetHttpResponse(), std::to_wstring(round) + L" \u00E9");
+      EXPECT_ANY_THROW(NewWrapper({.libraries = L"/nowhere"}));
+    }
+  };
+  for (int generation = 0; generation < 2; ++generation) {  // between the two, no wrapper is left
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i) {
+      threads.emplace_back(talk, i);
+    }
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
+  }
 }
 
 }  // namespace Zelto::Testing

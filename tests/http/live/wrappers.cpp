@@ -11,14 +11,17 @@ namespace Zelto::Testing {
 
 namespace {
 
-template <typename Request>
-Outcome OutcomeOf(Utilities::CurlWrapper& wrapper, const Request& request) {
+using Utilities::CurlWrapper;
+
+std::string OutcomeOf(CurlWrapper& wrapper, void (CurlWrapper::*request)(const std::wstring&),
+                      const std::wstring& url) {
+  wrapper.ClearHeaders();
   try {
-    request();
+    (wrapper.*request)(url);
   } catch (const Utilities::Win32Exception& failure) {
-    return {0, failure.GetErrorCode(), failure.what()};
+    return "error " + std::to_string(failure.GetErrorCode());
   }
-  return Answered(wrapper.GetHttpStatusCode());
+  return std::to_string(wrapper.GetHttpStatusCode());
 }
 
 std::wstring FindSystemLibraries() {
@@ -39,24 +42,17 @@ std::wstring SystemLibraries() {
   return folder;
 }
 
-Utilities::CurlWrapper NewWrapper(const Setup& setup) {
-  return Utilities::CurlWrapper(setup.libraries, setup.system_proxy, kUserAgent, setup.ca_file, setup.fail_on_error,
-                                setup.connect_timeout_s, setup.timeout_s);
+CurlWrapper NewWrapper(const Setup& setup) {
+  return CurlWrapper(setup.libraries, false, L"", setup.ca_file, setup.fail_on_error, setup.connect_timeout_s,
+                     setup.timeout_s);
 }
 
-std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
-  return outcome.error == 0 ? stream << "status " << outcome.status
-                            : stream << "error " << outcome.error << " (" << outcome.text << ")";
+std::string Get(CurlWrapper& wrapper, const std::wstring& url) {
+  return OutcomeOf(wrapper, &CurlWrapper::ExecuteGetRequest, url);
 }
 
-Outcome Get(Utilities::CurlWrapper& wrapper, const std::wstring& url) {
-  wrapper.ClearHeaders();
-  return OutcomeOf(wrapper, [&] { wrapper.ExecuteGetRequest(url); });
-}
-
-Outcome Post(Utilities::CurlWrapper& wrapper, const std::wstring& url) {
-  wrapper.ClearHeaders();
-  return OutcomeOf(wrapper, [&] { wrapper.ExecutePostRequest(url); });
+std::string Post(CurlWrapper& wrapper, const std::wstring& url) {
+  return OutcomeOf(wrapper, &CurlWrapper::ExecutePostRequest, url);
 }
 
 }  // namespace Zelto::Testing

@@ -4,31 +4,24 @@
 
 #include "zelto/http/curl_wrapper.h"
 
-#include <cstdint>
-#include <ostream>
 #include <string>
 
 namespace Zelto::Testing {
 
-inline constexpr const wchar_t* kUserAgent = L"Zelto tests/1";
-
-// Codes of libcurl.
-inline constexpr std::uint32_t kCouldNotConnect = 7;
-inline constexpr std::uint32_t kPartialFile = 18;
-inline constexpr std::uint32_t kHttpError = 22;
-inline constexpr std::uint32_t kWriteError = 23;
-inline constexpr std::uint32_t kTimedOut = 28;
-inline constexpr std::uint32_t kGotNothing = 52;
-inline constexpr std::uint32_t kReceiveError = 56;
-inline constexpr std::uint32_t kPeerNotVerified = 60;
-inline constexpr std::uint32_t kBadCaFile = 77;
+// What comes of a request: the status, or a code of libcurl's.
+inline const std::string kAccepted = "200";
+inline const std::string kCouldNotConnect = "error 7";
+inline const std::string kHttpError = "error 22";
+inline const std::string kTimedOut = "error 28";
+inline const std::string kReceiveError = "error 56";
+inline const std::string kPeerNotVerified = "error 60";
+inline const std::string kBadCaFile = "error 77";
 
 /// The folder of the system's libcurl and OpenSSL.
 std::wstring SystemLibraries();
 
 struct Setup {
   std::wstring libraries = SystemLibraries();
-  bool system_proxy = false;
   std::wstring ca_file = {};
   bool fail_on_error = false;
   unsigned connect_timeout_s = 60;
@@ -36,23 +29,8 @@ struct Setup {
 };
 Utilities::CurlWrapper NewWrapper(const Setup& setup = {});
 
-/// What a request came to: a status, or the code of a failure.
-struct Outcome {
-  std::uint32_t status = 0;
-  std::uint32_t error = 0;
-  std::string text = {};
-
-  bool operator==(const Outcome& other) const { return status == other.status && error == other.error; }
-};
-inline Outcome Failed(std::uint32_t error) {
-  return {0, error};
-}
-inline Outcome Answered(std::uint32_t status) {
-  return {status};
-}
-std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
-
-Outcome Get(Utilities::CurlWrapper& wrapper, const std::wstring& url);
-Outcome Post(Utilities::CurlWrapper& wrapper, const std::wstring& url);
+/// Make a request without headers of an earlier one, and tell what came of it.
+std::string Get(Utilities::CurlWrapper& wrapper, const std::wstring& url);
+std::string Post(Utilities::CurlWrapper& wrapper, const std::wstring& url);
 
 }  // namespace Zelto::Testing

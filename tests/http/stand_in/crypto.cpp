@@ -1,5 +1,4 @@
-// Stands in for OpenSSL's first library: the functions with which the old line was given its locks, and the one by
-// which the new line is known.
+// Stands in for OpenSSL's first library: the functions with which the old line was given its locks.
 #include "tests/http/stand_in/stand_in.h"
 
 #include <cstdlib>
@@ -10,19 +9,12 @@ using Zelto::Testing::Note;
 
 namespace {
 
-// Without data of its own, which ThreadSanitizer would take for a race when the module is loaded again.
-const struct Presence {
-  Presence() { Note("load crypto"); }
-  ~Presence() { Note("unload crypto"); }
-} presence;
+constexpr char kModule[] = "crypto";
+const Zelto::Testing::Presence<kModule> presence;
 
 }  // namespace
 
 extern "C" {
-
-unsigned long OpenSSL_version_num() {
-  return 0x30000000UL;
-}
 
 void* CRYPTO_malloc(int size, const char* file, int line) {
   Note("CRYPTO_malloc " + std::to_string(size / static_cast<int>(sizeof(void*))) + " " + file +

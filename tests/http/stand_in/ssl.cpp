@@ -5,11 +5,8 @@ using Zelto::Testing::Note;
 
 namespace {
 
-// Without data of its own, which ThreadSanitizer would take for a race when the module is loaded again.
-const struct Presence {
-  Presence() { Note("load ssl"); }
-  ~Presence() { Note("unload ssl"); }
-} presence;
+constexpr char kModule[] = "ssl";
+const Zelto::Testing::Presence<kModule> presence;
 
 struct Text {
   std::string text;

@@ -40,4 +40,12 @@ std::vector<std::string> TakeNotes();
 /// A closed list takes nothing and is no meeting point of threads.
 void CloseNotes(bool closed);
 
+/// Notes that a module comes and goes. Has no data, which ThreadSanitizer would take for a race when the module is
+/// loaded again.
+template <const char* kModule>
+struct Presence {
+  Presence() { Note(std::string("load ") + kModule); }
+  ~Presence() { Note(std::string("unload ") + kModule); }
+};
+
 }  // namespace Zelto::Testing

@@ -4,6 +4,7 @@
 #include <windows.h>
 
 using namespace Zelto::Testing;
+using testing::HasSubstr;
 
 namespace {
 
@@ -44,27 +45,20 @@ class UserSettingProxy : public StandInSession {
               0);
   }
 
-  std::string ProxyOf(Session& session, const std::wstring& url) {
-    std::string proxy;
-    for (const std::string& note : NotesOfGet(session, url)) {
-      proxy += note.starts_with("PROXY ") || note.starts_with("PROXYPORT") ? note + " " : "";
-    }
-    return proxy;
-  }
-
  private:
   HKEY key_ = nullptr;
 };
 
 TEST_F(UserSettingProxy, IsTakenWithItsExceptionsWhenAskedForAndNeverOtherwise) {
   Set("http=plain:3128;https=secure:8443", "*.direct.example;<local>");
-  Session session(Directory(), true, L"", L"", false, 0, 0);
-  Session other(Directory(), false, L"", L"", false, 0, 0);
-  EXPECT_EQ(ProxyOf(session, L"http://h.example/"), "PROXY 'plain' PROXYPORT 3128 ");
-  EXPECT_EQ(ProxyOf(session, L"https://h.example/"), "PROXY 'secure' PROXYPORT 8443 ");
-  EXPECT_EQ(ProxyOf(session, L"https://www.direct.example/"), "PROXY '' ");
-  EXPECT_EQ(ProxyOf(session, L"http://intranet/"), "PROXY '' ");
-  EXPECT_EQ(ProxyOf(other, L"http://h.example/"), "PROXY '' ");
+  Session session(Directory(), true);
+  Session other(Directory(), false);
+  const std::string none = "NOPROXY ''; PROXY ''; curl_slist_append";
+  EXPECT_THAT(CallsOfGet(session, L"http://h.example/"), HasSubstr("PROXY 'plain'; PROXYPORT 3128; "));
+  EXPECT_THAT(CallsOfGet(session, L"https://h.example/"), HasSubstr("PROXY 'secure'; PROXYPORT 8443; "));
+  EXPECT_THAT(CallsOfGet(session, L"https://www.direct.example/"), HasSubstr(none));
+  EXPECT_THAT(CallsOfGet(session, L"http://intranet/"), HasSubstr(none));
+  EXPECT_THAT(CallsOfGet(other, L"http://h.example/"), HasSubstr(none));
 }
 
 }  // namespace
