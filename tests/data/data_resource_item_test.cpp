@@ -28,34 +28,27 @@ DataResourceItem WithAttributes(const wchar_t* attributes) {
 }
 
 TEST(DataResourceItem, HasAttributesWhateverItIsMadeOf) {
-  const struct {
-    const wchar_t* json;
-    const wchar_t* id;
-    const wchar_t* text;  // when the attribute "k" has been set
-  } cases[] = {
-      {L"{\"id\":\"1\",\"type\":\"t\",\"attributes\":{\"a\":1}}", L"1",
-       L"{\"attributes\":{\"a\":1,\"k\":\"v\"},\"id\":\"1\",\"type\":\"t\"}"},
-      {L"{\"id\":\"1\",\"id\":\"2\"}", L"2", L"{\"attributes\":{\"k\":\"v\"},\"id\":\"2\"}"},
-      {L"{\"id\":7}", L"7", L"{\"attributes\":{\"k\":\"v\"},\"id\":7}"},
-      {L"{\"attributes\":\"text\"}", L"", L"{\"attributes\":{\"k\":\"v\"}}"},
-      {L"{\"attributes\":null}", L"", L"{\"attributes\":{\"k\":\"v\"}}"},
-      {L"{\"attributes\":[]}", L"", L"{\"attributes\":{\"k\":\"v\"}}"},
-      {L"{\"attributes\":[\"a\",\"b\"]}", L"", L"{\"attributes\":{\"k\":\"v\"}}"},
-      {L"{\"attributes\":[{\"a\":1},{\"a\":2}]}", L"", L"{\"attributes\":[{\"a\":1,\"k\":\"v\"},{\"a\":2}]}"},
-      {L"{\"id\":\"1\"", L"", L"{\"attributes\":{\"k\":\"v\"}}"},
-      {L"", L"", L"{\"attributes\":{\"k\":\"v\"}}"},
-  };
-  for (const auto& c : cases) {
-    DataResourceItem item{std::wstring(c.json)};
-    EXPECT_EQ(item.GetId(), c.id);
+  // With the text of the item when the attribute "k" has been set.
+  const auto expect = [](const wchar_t* json, const wchar_t* id, const wchar_t* text) {
+    DataResourceItem item{std::wstring(json)};
+    EXPECT_EQ(item.GetId(), id);
     item.SetStringValue(L"k", L"v");
-    EXPECT_EQ(TextOf(item), c.text);
-    if (std::shared_ptr<DataObject> root = Json::JsonReader::Decode(c.json, true)) {
+    EXPECT_EQ(TextOf(item), text);
+    if (std::shared_ptr<DataObject> root = Json::JsonReader::Decode(json, true)) {
       DataResourceItem wrapping(root);
       wrapping.SetStringValue(L"k", L"v");
-      EXPECT_EQ(Json::JsonWriter::Encode(root), c.text);
+      EXPECT_EQ(Json::JsonWriter::Encode(root), text);
     }
+  };
+  expect(L"{\"id\":\"1\",\"type\":\"t\",\"attributes\":{\"a\":1}}", L"1",
+         L"{\"attributes\":{\"a\":1,\"k\":\"v\"},\"id\":\"1\",\"type\":\"t\"}");
+  expect(L"{\"id\":\"1\",\"id\":\"2\"}", L"2", L"{\"attributes\":{\"k\":\"v\"},\"id\":\"2\"}");
+  expect(L"{\"id\":7}", L"7", L"{\"attributes\":{\"k\":\"v\"},\"id\":7}");
+  for (const wchar_t* json : {L"{\"attributes\":\"text\"}", L"{\"attributes\":null}", L"{\"attributes\":[]}",
+                              L"{\"attributes\":[\"a\",\"b\"]}", L"{\"id\":\"1\"", L""}) {
+    expect(json, L"", L"{\"attributes\":{\"k\":\"v\"}}");
   }
+  expect(L"{\"attributes\":[{\"a\":1},{\"a\":2}]}", L"", L"{\"attributes\":[{\"a\":1,\"k\":\"v\"},{\"a\":2}]}");
   DataResourceItem of_nothing{std::shared_ptr<DataObject>()};
   EXPECT_EQ(TextOf(of_nothing), L"{\"attributes\":{}}");
   EXPECT_THROW(DataResourceItem(L"{\"a\":\"\\uZZZZ\"}"), std::invalid_argument);
@@ -118,23 +111,17 @@ TEST(DataResourceItem, FallsBackWithoutCreatingAttributes) {
 }
 
 TEST(DataResourceItem, AppendsTexts) {
-  const struct {
-    const wchar_t* before;
-    std::vector<std::wstring> added;
-    const wchar_t* after;
-  } cases[] = {
-      {L"", {}, L"\"k\":[]"},
-      {L"", {L"a", L"b"}, L"\"k\":[\"a\",\"b\"]"},
-      {L"\"k\":[\"a\"]", {}, L"\"k\":[\"a\"]"},
-      {L"\"k\":[\"a\"]", {L"b", L"a"}, L"\"k\":[\"a\",\"b\",\"a\"]"},
-      {L"\"k\":null", {}, L"\"k\":null"},
-      {L"\"k\":null", {L"a"}, L"\"k\":[\"a\"]"},
+  const auto expect = [](const wchar_t* before, const std::vector<std::wstring>& added, const wchar_t* after) {
+    DataResourceItem item = WithAttributes(before);
+    item.SetStringArrayValue(L"k", added);
+    EXPECT_EQ(TextOf(item), std::wstring(L"{\"attributes\":{") + after + L"}}");
   };
-  for (const auto& c : cases) {
-    DataResourceItem item = WithAttributes(c.before);
-    item.SetStringArrayValue(L"k", c.added);
-    EXPECT_EQ(TextOf(item), std::wstring(L"{\"attributes\":{") + c.after + L"}}");
-  }
+  expect(L"", {}, L"\"k\":[]");
+  expect(L"", {L"a", L"b"}, L"\"k\":[\"a\",\"b\"]");
+  expect(L"\"k\":[\"a\"]", {}, L"\"k\":[\"a\"]");
+  expect(L"\"k\":[\"a\"]", {L"b", L"a"}, L"\"k\":[\"a\",\"b\",\"a\"]");
+  expect(L"\"k\":null", {}, L"\"k\":null");
+  expect(L"\"k\":null", {L"a"}, L"\"k\":[\"a\"]");
   // Key and texts may be those that change.
   DataResourceItem item = WithAttributes(L"\"k\":[\"k\",\"l\"]");
   const std::vector<std::wstring>& texts = item.GetStringArrayValue(L"k");

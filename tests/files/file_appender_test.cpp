@@ -4,8 +4,6 @@
 #include "tests/support/small_stack_thread.h"
 #include "tests/support/temp_folder.h"
 #include "zelto/platform/files.h"
-#include "zelto/text/exceptions/file_system_exception.h"
-#include "zelto/text/exceptions/win32_exception.h"
 
 #include <gtest/gtest.h>
 
@@ -57,84 +55,70 @@ TEST(FileAppender, DropsALineWithoutUtf8FormWholeAndReportsIt) {
 }
 
 TEST(FileAppender, RotatesWhenTheEstimateIsAboveTheLimit) {
-  struct Case {
-    int kibibytes;
-    int backups;
-    std::size_t size;
-    std::wstring line;
-    bool rotates;
-  };
-  const std::wstring pairs{0xD83D, 0xDE00, 0xD83D, 0xDE00};
-  const Case cases[] = {
-      {1, 65535, 1000, std::wstring(12, L'x'), false},
-      {1, 65535, 1000, std::wstring(13, L'x'), true},
-      {1, 65535, 1016, pairs, false},
-      {1, 65535, 1017, pairs, true},
-      {0, 65535, 5000000, L"x", false},
-      {1, 0, 5000, L"x", false},
-      {1, -1, 5000, L"x", false},
-      {1, 1, 5000, L"x", true},
-      {-1, 65535, 0, L"", true},
-      {3000000, 65535, 5000, L"x", false},  // 3,072,000,000 bytes: more than 31 bits
-      {1, 65535, 0, std::wstring(513, L'x'), true},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.kibibytes << " KiB, " << c.backups << " backups, " << c.size << " bytes");
+  const auto expect = [](int kibibytes, int backups, std::size_t size, const std::wstring& line, bool rotates) {
+    SCOPED_TRACE(testing::Message() << kibibytes << " KiB, " << backups << " backups, " << size << " bytes");
     const TempFolder folder;
     const std::wstring path = folder / L"agent.log";
-    WriteFile(path, std::string(c.size, 'o'));
+    WriteFile(path, std::string(size, 'o'));
     FileAppender log(path);
-    EXPECT_EQ(log.GetMaxFileSize(), FileAppender::noFileSizeLimit);
-    EXPECT_EQ(log.GetMaxBackupFiles(), FileAppender::noBackupFileLimit);
-    log.SetMaxFileSize(c.kibibytes);
-    log.SetMaxBackupFiles(c.backups);
-    log.AppendLine(c.line);
-    EXPECT_EQ(Exists(folder / L"agent_1.log"), c.rotates);
-    EXPECT_EQ(ReadFile(path).find('o') == std::string::npos, c.rotates || c.size == 0);
-  }
-}
+    log.SetMaxFileSize(kibibytes);
+    log.SetMaxBackupFiles(backups);
+    log.AppendLine(line);
+    EXPECT_EQ(Exists(folder / L"agent_1.log"), rotates);
+    EXPECT_EQ(ReadFile(path).find('o') == std::string::npos, rotates || size == 0);
+  };
+  const int any = FileAppender::noBackupFileLimit;
+  const std::wstring pairs{0xD83D, 0xDE00, 0xD83D, 0xDE00};
+  expect(1, any, 1000, std::wstring(12, L'x'), false);
+  expect(1, any, 1000, std::wstring(13, L'x'), true);
+  expect(1, any, 1016, pairs, false);
+  expect(1, any, 1017, pairs, true);
+  expect(FileAppender::noFileSizeLimit, any, 5000000, L"x", false);
+  expect(1, 0, 5000, L"x", false);
+  expect(1, -1, 5000, L"x", false);
+  expect(1, 1, 5000, L"x", true);
+  expect(-1, any, 0, L"", true);
+  expect(3000000, any, 5000, L"x", false);  // 3,072,000,000 bytes: more than 31 bits
+  expect(1, any, 0, std::wstring(513, L'x'), true);
 
-TEST(FileAppender, DoesNotRotateAFileThatIsNotThere) {
   const TempFolder folder;
   FileAppender log(folder / L"agent.log");
+  EXPECT_EQ(log.GetMaxFileSize(), FileAppender::noFileSizeLimit);
+  EXPECT_EQ(log.GetMaxBackupFiles(), 65535);
   log.SetMaxFileSize(1);
   log.AppendLine(std::wstring(5000, L'x'));
-  EXPECT_FALSE(Exists(folder / L"agent_1.log"));
+  EXPECT_FALSE(Exists(folder / L"agent_1.log")) << "a file that was not there";
   EXPECT_EQ(ReadFile(folder / L"agent.log").size(), 5002U);
 }
 
 TEST(FileAppender, ShiftsBackupsUpToTheGreatestNumberKept) {
-  struct Case {
-    int kept;
-    std::string before;  // one letter per file: the log, backup 1, backup 2, ...; a hyphen is no file
-    std::string after;
-  };
-  const Case cases[] = {
-      {3, "0123", "-012"},      {3, "01-3", "-013"},   {3, "0", "-0"},
-      {1, "01", "-0"},          {2, "01234", "-0134"},  // what is above the limit is left alone
-      {65535, "0123", "-0123"},                         // none is lost
-      {65535, "01-3", "-013"},                          // the chain ends at the gap
-      {5, "-123", "-123"},                              // no log, nothing to shift
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.before + " keeping " + std::to_string(c.kept));
+  // The files with one letter each: the log, backup 1, backup 2, ...; a hyphen is no file.
+  const auto expect = [](int kept, const std::string& before, const std::string& after) {
+    SCOPED_TRACE(before + " keeping " + std::to_string(kept));
     const TempFolder folder;
     const auto name = [&](std::size_t i) {
       return folder / (i == 0 ? L"a.log" : L"a_" + std::to_wstring(i) + L".log");
     };
-    for (std::size_t i = 0; i < c.before.size(); ++i) {
-      if (c.before[i] != '-') {
-        WriteFile(name(i), std::string(1, c.before[i]));
+    for (std::size_t i = 0; i < before.size(); ++i) {
+      if (before[i] != '-') {
+        WriteFile(name(i), before.substr(i, 1));
       }
     }
     OpenAppender log(name(0));
-    log.SetMaxBackupFiles(c.kept);
+    log.SetMaxBackupFiles(kept);
     log.BackupFile(0, name(0));
-    for (std::size_t i = 0; i < 7; ++i) {
-      const std::string expected = i < c.after.size() && c.after[i] != '-' ? std::string(1, c.after[i]) : "";
-      EXPECT_EQ(ReadFile(name(i)), expected) << i;
+    for (std::size_t i = 0; i < after.size(); ++i) {
+      EXPECT_EQ(ReadFile(name(i)), after[i] == '-' ? "" : after.substr(i, 1)) << i;
     }
-  }
+  };
+  expect(3, "0123", "-012-");
+  expect(3, "01-3", "-013-");
+  expect(3, "0", "-0-");
+  expect(1, "01", "-0-");
+  expect(2, "01234", "-0134-");     // what is above the limit is left alone
+  expect(65535, "0123", "-0123-");  // none is lost
+  expect(65535, "01-3", "-013-");   // the chain ends at the gap
+  expect(5, "-123", "-123-");       // no log, nothing to shift
 }
 
 TEST(FileAppender, ShiftsFromABackupInTheMiddle) {

@@ -1,7 +1,7 @@
-#include "tests/support/diagnostics_recorder.h"
 #include "tests/support/temp_folder.h"
 #include "zelto/files/file_appender.h"
-#include "zelto/platform/files.h"
+#include "zelto/platform/errors.h"
+#include "zelto/text/diagnostics.h"
 #include "zelto/text/exceptions/file_system_exception.h"
 #include "zelto/text/exceptions/win32_exception.h"
 
@@ -26,7 +26,7 @@ std::uint32_t CodeThrownFor(FileAppender& log, bool by_file_system_exception) {
   return 0;
 }
 
-TEST(LogFaults, AFolderThatCannotBeMadeIsThrown) {
+TEST(LogFaults, AFolderThatCannotBeMadeIsThrownAndAPathThatNamesNoFile) {
   const TempFolder folder;
   WriteFile(folder / L"file", "content");
   for (const bool wide : {false, true}) {
@@ -40,12 +40,8 @@ TEST(LogFaults, AFolderThatCannotBeMadeIsThrown) {
   FileAppender log(folder / L"\u0416/agent.log");
   EXPECT_EQ(CodeThrownFor(log, false), Platform::kAlreadyExists);
   EXPECT_EQ(ReadFile(folder / L"file"), "content");
-}
-
-TEST(LogFaults, APathThatNamesNoFileIsThrown) {
-  const TempFolder folder;
-  FileAppender log((folder / L"agent.log") + std::wstring(L"\0.txt", 5));
-  EXPECT_EQ(CodeThrownFor(log, true), Platform::kInvalidName);
+  FileAppender no_name((folder / L"agent.log") + std::wstring(L"\0.txt", 5));
+  EXPECT_EQ(CodeThrownFor(no_name, true), Platform::kInvalidName);
   EXPECT_FALSE(Exists(folder / L"agent.log"));
 }
 
@@ -73,27 +69,19 @@ TEST(LogFaults, AFolderInTheLogsPlaceStaysAndLosesLines) {
   const TempFolder folder;
   const std::wstring path = folder / L"agent.log";
   std::filesystem::create_directory(Native(path));
-  DiagnosticsRecorder reports;
   FileAppender log(path);
   log.SetMaxFileSize(-1);
-  log.AppendLine(L"lost");
-  EXPECT_EQ(reports.Take(path), 1U);
-  EXPECT_TRUE(std::filesystem::is_directory(Native(path)));
-  EXPECT_FALSE(Exists(folder / L"agent_1.log"));
-}
-
-TEST(LogFaults, ASinkThatLogsToTheSameLogIsNotCalledAgain) {
-  const TempFolder folder;
-  std::filesystem::create_directory(Native(folder / L"agent.log"));
-  FileAppender log(folder / L"agent.log");
-  int calls = 0;
+  int reports = 0;
   Diagnostics::SetSink([&](const std::wstring& text) {
-    ++calls;
-    log.AppendLine(text);
+    ++reports;
+    EXPECT_NE(text.find(path), std::wstring::npos);
+    log.AppendLine(text);  // a sink that logs to the same log is not called again
   });
   log.AppendLine(L"lost");
   Diagnostics::SetSink({});
-  EXPECT_EQ(calls, 1);
+  EXPECT_EQ(reports, 1);
+  EXPECT_TRUE(std::filesystem::is_directory(Native(path)));
+  EXPECT_FALSE(Exists(folder / L"agent_1.log"));
 }
 
 }  // namespace

@@ -19,18 +19,14 @@ std::map<int, int> CollectLines(const std::filesystem::path& folder) {
   std::map<int, int> numbers;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
     std::ifstream file(entry.path(), std::ios::binary);
-    const std::string bytes(std::istreambuf_iterator<char>(file), {});
-    std::size_t start = 0;
-    for (std::size_t end = bytes.find("\r\n"); end != std::string::npos; end = bytes.find("\r\n", start)) {
-      std::istringstream line(bytes.substr(start, end - start));
+    for (std::string line; std::getline(file, line);) {
+      EXPECT_TRUE(line.ends_with('\r') && !file.eof()) << "a torn line in " << entry.path();
       int number = -1;
       std::string filling;
-      line >> number >> filling;
+      std::istringstream(line) >> number >> filling;
       EXPECT_EQ(filling, std::string(kFilling, filling.empty() ? '?' : filling[0])) << entry.path();
       ++numbers[number];
-      start = end + 2;
     }
-    EXPECT_EQ(start, bytes.size()) << "a torn line at the end of " << entry.path();
   }
   return numbers;
 }

@@ -15,34 +15,27 @@ using Zelto::Testing::Words;
 namespace {
 
 TEST(HttpAddress, IsTakenApartAndPutTogether) {
-  const struct {
-    std::wstring url;
-    std::string text;
-    std::string host;
-    int port;
-  } cases[] = {
-      {L"http://h", "http://h/", "h", 80},
-      {L"HTTPS://Example.com:443/a/b?c=d#e?f/g", "https://Example.com/a/b?c=d", "Example.com", 443},
-      {L"http://h:443/", "http://h:443/", "h", 443},
-      {L"http://h:/x", "http://h/x", "h", 80},
-      {L"http://h:00080?q@:/", "http://h/?q@:/", "h", 80},
-      {L"https://h#f", "https://h/", "h", 443},
-      {L"http://u:p@h/", "http://u:p@h/", "h", 80},
-      {L"http://u@[::1]:8080/p", "http://u@[::1]:8080/p", "[::1]", 8080},
-      {L"http://u s:p%40\u00E9[@h/", "http://u%20s:p%40%C3%A9%5B@h/", "h", 80},
-      {L"http://[fe80::1%eth0]/", "http://[fe80::1%25eth0]/", "[fe80::1%25eth0]", 80},
-      {L"http://[fe80::1%25eth0]/", "http://[fe80::1%25eth0]/", "[fe80::1%25eth0]", 80},
-      {L"http://b\u00FCcher.de/\u20AC?\U0001F600=%e2%82", "http://b%C3%BCcher.de/%E2%82%AC?%F0%9F%98%80=%e2%82",
-       "b%C3%BCcher.de", 80},
-      {L"http://h/a b\"<>\\^`{|}%zz%4g%41%", "http://h/a%20b%22%3C%3E%5C%5E%60%7B%7C%7D%25zz%254g%41%25", "h", 80},
-      {L"http://h/-._~!$&'()*+,;=:@/?", "http://h/-._~!$&'()*+,;=:@/?", "h", 80},
+  const auto expect = [](const std::wstring& url, const std::string& text, const std::string& host, int port) {
+    const Address address = SplitAddress(url);
+    EXPECT_EQ(address.ToText(), text);
+    EXPECT_EQ(address.host, host);
+    EXPECT_EQ(address.port, port) << text;
   };
-  for (const auto& each : cases) {
-    const Address address = SplitAddress(each.url);
-    EXPECT_EQ(address.ToText(), each.text);
-    EXPECT_EQ(address.host, each.host);
-    EXPECT_EQ(address.port, each.port) << each.text;
-  }
+  expect(L"http://h", "http://h/", "h", 80);
+  expect(L"HTTPS://Example.com:443/a/b?c=d#e?f/g", "https://Example.com/a/b?c=d", "Example.com", 443);
+  expect(L"http://h:443/", "http://h:443/", "h", 443);
+  expect(L"http://h:/x", "http://h/x", "h", 80);
+  expect(L"http://h:00080?q@:/", "http://h/?q@:/", "h", 80);
+  expect(L"https://h#f", "https://h/", "h", 443);
+  expect(L"http://u:p@h/", "http://u:p@h/", "h", 80);
+  expect(L"http://u@[::1]:8080/p", "http://u@[::1]:8080/p", "[::1]", 8080);
+  expect(L"http://u s:p%40\u00E9[@h/", "http://u%20s:p%40%C3%A9%5B@h/", "h", 80);
+  expect(L"http://[fe80::1%eth0]/", "http://[fe80::1%25eth0]/", "[fe80::1%25eth0]", 80);
+  expect(L"http://[fe80::1%25eth0]/", "http://[fe80::1%25eth0]/", "[fe80::1%25eth0]", 80);
+  expect(L"http://b\u00FCcher.de/\u20AC?\U0001F600=%e2%82", "http://b%C3%BCcher.de/%E2%82%AC?%F0%9F%98%80=%e2%82",
+         "b%C3%BCcher.de", 80);
+  expect(L"http://h/a b\"<>\\^`{|}%zz%4g%41%", "http://h/a%20b%22%3C%3E%5C%5E%60%7B%7C%7D%25zz%254g%41%25", "h", 80);
+  expect(L"http://h/-._~!$&'()*+,;=:@/?", "http://h/-._~!$&'()*+,;=:@/?", "h", 80);
 }
 
 TEST(HttpAddress, IsRefusedWhenItIsMalformed) {

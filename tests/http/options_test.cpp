@@ -6,7 +6,6 @@
 using namespace Zelto::Testing;
 using testing::HasSubstr;
 using testing::Not;
-using testing::StartsWith;
 using Zelto::Utilities::Curl_ContentType;
 
 namespace {
@@ -88,21 +87,6 @@ TEST_F(HttpOptions, PinNothingInTheContextsOfAnotherLibraryThanOpenSsl) {
     session.AddCertificate("PEM");
     EXPECT_EQ(Catch([&] { session.ExecuteGetRequest(L"https://h/"); }).code, code) << version;
   }
-}
-
-TEST_F(HttpOptions, OpenANewSessionWhenThePinnedCertificatesChange) {
-  const std::string reopened = "curl_easy_init; curl_easy_cleanup; URL";
-  Session session(Directory());
-  session.AddCertificate("PEM 1");
-  EXPECT_THAT(CallsOfGet(session), StartsWith("URL")) << "the first request";
-  session.ClearCertificates();
-  session.AddCertificate("PEM 1");
-  EXPECT_THAT(CallsOfGet(session), StartsWith("URL")) << "the same certificates";
-  session.AddCertificate("PEM 2");
-  EXPECT_THAT(CallsOfGet(session), StartsWith(reopened));
-  session.ClearCertificates();
-  EXPECT_THAT(CallsOfGet(session), StartsWith(reopened));
-  EXPECT_THAT(CallsOfGet(session), StartsWith("URL"));
 }
 
 TEST_F(HttpOptions, ThatLibcurlRefusesEndTheRequestUnlessTheyOnlySwitchOffWhatItDoesNotHave) {

@@ -1,6 +1,7 @@
 #include "zelto/http/proxy_rules.h"
 
 #include "tests/http/library_folder.h"
+#include "tests/support/words.h"
 
 #include <new>
 #include <string_view>
@@ -9,6 +10,7 @@ using namespace Zelto::Utilities;
 using Syntax = Zelto::Platform::SystemProxyTexts::Syntax;
 using Zelto::Testing::Catch;
 using Zelto::Testing::Thrown;
+using Zelto::Testing::Words;
 
 namespace {
 
@@ -20,28 +22,20 @@ std::string ProxyFor(const Zelto::Platform::SystemProxyTexts& texts, const std::
 }
 
 TEST(SystemProxy, IsReadFromTheEnvironmentAndFromTheUsersSetting) {
-  const struct {
-    Syntax syntax;
-    std::string text;
-    std::string for_http;
-    std::string for_https;
-  } cases[] = {
-      {Syntax::Environment, "", "none", "none"},
-      {Syntax::Environment, "p", "p|80||", "p|80||"},
-      {Syntax::Environment, "HTTP://p:3128/", "p|3128||", "p|3128||"},
-      {Syntax::Environment, "http://u%3a:p%40:w@[::1]:8080", "[::1]|8080|u:|p@:w", "[::1]|8080|u:|p@:w"},
-      {Syntax::Environment, "https://p", "https://p|443||", "https://p|443||"},
-      {Syntax::Environment, "socks5h://u@p", "socks5h://p|1080|u|", "socks5h://p|1080|u|"},
-      {Syntax::Environment, "socks5://p:80", "socks5://p|80||", "socks5://p|80||"},
-      {Syntax::UserSetting, "p:8080", "p|8080||", "p|8080||"},
-      {Syntax::UserSetting, "http=a:1;https=b:2", "a|1||", "b|2||"},
-      {Syntax::UserSetting, "ftp=a:1 HTTP=http://b:2", "b|2||", "none"},
-      {Syntax::UserSetting, "https=a:1;p:3;socks=x", "p|3||", "a|1||"},
+  const auto expect = [](Syntax syntax, const char* text, const char* for_http, const char* for_https) {
+    EXPECT_EQ(ProxyFor({syntax, text, text, ""}, L"http://h/"), for_http) << text;
+    EXPECT_EQ(ProxyFor({syntax, text, text, ""}, L"https://h/"), for_https) << text;
   };
-  for (const auto& each : cases) {
-    EXPECT_EQ(ProxyFor({each.syntax, each.text, each.text, ""}, L"http://h/"), each.for_http) << each.text;
-    EXPECT_EQ(ProxyFor({each.syntax, each.text, each.text, ""}, L"https://h/"), each.for_https) << each.text;
+  for (const auto& [text, proxy] :
+       {std::pair("", "none"), std::pair("p", "p|80||"), std::pair("HTTP://p:3128/", "p|3128||"),
+        std::pair("http://u%3a:p%40:w@[::1]:8080", "[::1]|8080|u:|p@:w"), std::pair("https://p", "https://p|443||"),
+        std::pair("socks5h://u@p", "socks5h://p|1080|u|"), std::pair("socks5://p:80", "socks5://p|80||")}) {
+    expect(Syntax::Environment, text, proxy, proxy);
   }
+  expect(Syntax::UserSetting, "p:8080", "p|8080||", "p|8080||");
+  expect(Syntax::UserSetting, "http=a:1;https=b:2", "a|1||", "b|2||");
+  expect(Syntax::UserSetting, "ftp=a:1 HTTP=http://b:2", "b|2||", "none");
+  expect(Syntax::UserSetting, "https=a:1;p:3;socks=x", "p|3||", "a|1||");
   for (const char* text : {"gopher://p", "http://", "p:x", "u:secret@p@q", "p\r\nX: y"}) {
     EXPECT_EQ(Catch([&] {
                 SystemProxyRules({Syntax::Environment, text, "", ""});
@@ -61,45 +55,28 @@ TEST(SystemProxy, LeavesNoPasswordInMemory) {
 }
 
 TEST(SystemProxy, HasExceptions) {
-  const struct {
-    Syntax syntax;
-    const char* exceptions;
-    std::vector<const wchar_t*> direct;
-    std::vector<const wchar_t*> by_proxy;
-  } cases[] = {
-      {Syntax::Environment, "*", {L"http://h/", L"https://[::1]/"}, {}},
-      {Syntax::Environment,
-       " .example.com,, other.org ",
-       {L"http://example.com/", L"http://www.EXAMPLE.com./", L"https://a.b.other.org:1/"},
-       {L"http://badexample.com/", L"http://example.com.evil/", L"http://org/"}},
-      {Syntax::Environment,
-       "10.0.0.0/8,[2001:DB8::1],fd00::/8,127.0.0.1",
-       {L"http://10.9.8.7/", L"http://[2001:db8:0::1]/", L"http://[fd12::%25eth0]/", L"http://127.0.0.1/"},
-       {L"http://11.0.0.1/", L"http://[2001:db8::2]/", L"http://x.127.0.0.1.de/"}},
-      {Syntax::Environment,
-       "a:8080,[::1]:81,*.b",
-       {L"http://a:8080/", L"http://x.a:8080/", L"http://[::1]:81/", L"http://x.b/"},
-       {L"http://a/", L"https://a/", L"http://[::1]/"}},
-      {Syntax::Environment, "<local>;x,0.1", {}, {L"http://h/", L"http://10.0.0.1/"}},
-      {Syntax::UserSetting,
-       "<local>;*.corp; 10.*",
-       {L"http://intranet/", L"http://a.b.CORP/", L"http://10.1.2.3/"},
-       {L"http://corp.com/", L"http://110.1.2.3/", L"http://[::1]/"}},
-      {Syntax::UserSetting,
-       "https://a*z;b:81",
-       {L"https://az/", L"https://aXXz/", L"http://b:81/"},
-       {L"http://az/", L"https://azb/", L"http://b/", L"http://x.b:81/"}},
+  const auto expect = [](Syntax syntax, const char* exceptions, const wchar_t* direct, const wchar_t* by_proxy) {
+    for (const wchar_t* urls : {direct, by_proxy}) {
+      for (const std::wstring& url : Words(urls)) {
+        EXPECT_EQ(ProxyFor({syntax, "p", "p", exceptions}, url), urls == direct ? "none" : "p|80||")
+            << exceptions << SplitAddress(url).ToText();
+      }
+    }
   };
-  for (const auto& each : cases) {
-    for (const wchar_t* url : each.direct) {
-      EXPECT_EQ(ProxyFor({each.syntax, "p", "p", each.exceptions}, url), "none")
-          << each.exceptions << SplitAddress(std::wstring_view(url)).ToText();
-    }
-    for (const wchar_t* url : each.by_proxy) {
-      EXPECT_NE(ProxyFor({each.syntax, "p", "p", each.exceptions}, url), "none")
-          << each.exceptions << SplitAddress(std::wstring_view(url)).ToText();
-    }
-  }
+  expect(Syntax::Environment, "*", L"http://h/ https://[::1]/", L"");
+  expect(Syntax::Environment, " .example.com,, other.org ",
+         L"http://example.com/ http://www.EXAMPLE.com./ https://a.b.other.org:1/",
+         L"http://badexample.com/ http://example.com.evil/ http://org/");
+  expect(Syntax::Environment, "10.0.0.0/8,[2001:DB8::1],fd00::/8,127.0.0.1",
+         L"http://10.9.8.7/ http://[2001:db8:0::1]/ http://[fd12::%25eth0]/ http://127.0.0.1/",
+         L"http://11.0.0.1/ http://[2001:db8::2]/ http://x.127.0.0.1.de/");
+  expect(Syntax::Environment, "a:8080,[::1]:81,*.b", L"http://a:8080/ http://x.a:8080/ http://[::1]:81/ http://x.b/",
+         L"http://a/ https://a/ http://[::1]/");
+  expect(Syntax::Environment, "<local>;x,0.1", L"", L"http://h/ http://10.0.0.1/");
+  expect(Syntax::UserSetting, "<local>;*.corp; 10.*", L"http://intranet/ http://a.b.CORP/ http://10.1.2.3/",
+         L"http://corp.com/ http://110.1.2.3/ http://[::1]/");
+  expect(Syntax::UserSetting, "https://a*z;b:81", L"https://az/ https://aXXz/ http://b:81/",
+         L"http://az/ https://azb/ http://b/ http://x.b:81/");
 }
 
 }  // namespace

@@ -45,10 +45,7 @@ TEST(Iso8601, AcceptsTheLanguageOfTheRegularExpressions) {
 TEST(Iso8601, TakesAsciiDigitsOnlyAndAnyUnitInFractionsAndZones) {
   EXPECT_FALSE(UtcTime::IsISO8601DateTime(L"\uFF12\uFF10\uFF11\uFF17-11-08"));
   EXPECT_TRUE(UtcTime::IsISO8601DateTime(L"2017-11-08T15:44:56\u00E9123+01\u20AC00"));
-  EXPECT_TRUE(
-      UtcTime::IsISO8601DateTime(std::wstring(L"15:44:56\0"
-                                              L"123",
-                                              12)));
+  EXPECT_TRUE(UtcTime::IsISO8601DateTime(L"15:44:56" + std::wstring(1, L'\0') + L"123"));
   EXPECT_FALSE(UtcTime::IsISO8601DateTime(L"15:"));
   for (const wchar_t* text : {L"15:44:56\u2028123", L"15:44:56+01\u202900", L"15:44:56\U0001F600123"}) {
     EXPECT_FALSE(UtcTime::IsISO8601DateTime(text)) << StringUtilities::Utf16ToUtf8(text);

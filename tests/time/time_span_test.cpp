@@ -12,12 +12,14 @@
 namespace Zelto::Utilities {
 namespace {
 
+using enum TimeUnit;
+
 constexpr std::int64_t kLowest = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t kHighest = std::numeric_limits<std::int64_t>::max();
 
 TEST(TimeSpan, CutsItsTotalsTowardsZero) {
   for (const int sign : {1, -1}) {
-    const TimeSpan span = TimeSpan::From(sign * 90'061, TimeUnit::Seconds) + TimeSpan(sign * 29'999);
+    const TimeSpan span = TimeSpan::From(sign * 90'061, Seconds) + TimeSpan(sign * 29'999);
     EXPECT_EQ(span.GetTotalDays(), sign * 1);
     EXPECT_EQ(span.GetTotalHours(), sign * 25);
     EXPECT_EQ(span.GetTotalMinutes(), sign * 1'501);
@@ -41,51 +43,41 @@ TEST(TimeSpan, ThrowsInsteadOfWrapping) {
 }
 
 TEST(TimeUnitConverter, ConvertsExactlyOrThrows) {
-  const struct {
-    std::int64_t value;
-    TimeUnit from;
-    TimeUnit to;
-    std::int64_t result;
-  } cases[] = {
-      {1, TimeUnit::Days, TimeUnit::Ticks, 864'000'000'000},
-      {-1, TimeUnit::Hours, TimeUnit::Milliseconds, -3'600'000},
-      {90, TimeUnit::Minutes, TimeUnit::Hours, 1},
-      {-90, TimeUnit::Minutes, TimeUnit::Hours, -1},
-      {19, TimeUnit::Ticks, TimeUnit::Microseconds, 1},
-      {kHighest, TimeUnit::Days, TimeUnit::Days, kHighest},
-      {kHighest, TimeUnit::Seconds, TimeUnit::Minutes, kHighest / 60},
-      {kHighest / 24, TimeUnit::Days, TimeUnit::Hours, kHighest / 24 * 24},
-      {kLowest / 1000, TimeUnit::Seconds, TimeUnit::Milliseconds, kLowest / 1000 * 1000},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(TimeUnitConverter::Convert(c.value, c.from, c.to), c.result);
-  }
-  EXPECT_THROW(TimeUnitConverter::Convert(kHighest / 24 + 1, TimeUnit::Days, TimeUnit::Hours), std::overflow_error);
-  EXPECT_THROW(TimeUnitConverter::ToTicks(kLowest / 10 - 1, TimeUnit::Microseconds), std::overflow_error);
+  EXPECT_EQ(TimeUnitConverter::Convert(1, Days, Ticks), 864'000'000'000);
+  EXPECT_EQ(TimeUnitConverter::Convert(-1, Hours, Milliseconds), -3'600'000);
+  EXPECT_EQ(TimeUnitConverter::Convert(90, Minutes, Hours), 1);
+  EXPECT_EQ(TimeUnitConverter::Convert(-90, Minutes, Hours), -1);
+  EXPECT_EQ(TimeUnitConverter::Convert(19, Ticks, Microseconds), 1);
+  EXPECT_EQ(TimeUnitConverter::Convert(kHighest, Days, Days), kHighest);
+  EXPECT_EQ(TimeUnitConverter::Convert(kHighest, Seconds, Minutes), kHighest / 60);
+  EXPECT_EQ(TimeUnitConverter::Convert(kHighest / 24, Days, Hours), kHighest / 24 * 24);
+  EXPECT_EQ(TimeUnitConverter::Convert(kLowest / 1000, Seconds, Milliseconds), kLowest / 1000 * 1000);
+  EXPECT_THROW(TimeUnitConverter::Convert(kHighest / 24 + 1, Days, Hours), std::overflow_error);
+  EXPECT_THROW(TimeUnitConverter::ToTicks(kLowest / 10 - 1, Microseconds), std::overflow_error);
   EXPECT_THROW(TimeUnitConverter::FromTicks(1, TimeUnit{7}), std::invalid_argument);
 }
 
 TEST(Stopwatch, AddsUpOnlyWhileItRuns) {
   using Clock = std::chrono::steady_clock;
-  const auto pass = [](Clock::time_point until) {
-    while (Clock::now() < until) {
+  const auto pass = [](int milliseconds) {
+    for (const auto until = Clock::now() + std::chrono::milliseconds(milliseconds); Clock::now() < until;) {
       std::this_thread::yield();
     }
   };
   const Clock::time_point begin = Clock::now();
   Stopwatch stopwatch = Stopwatch::StartNew();
-  pass(Clock::now() + std::chrono::milliseconds(2));
+  pass(2);
   stopwatch.Stop();
   const Clock::duration most = Clock::now() - begin;
   const TimeSpan first = stopwatch.GetElapsed();
   EXPECT_GE(first.GetTotalMilliseconds(), 2);
   EXPECT_LE(first.GetTicks(), std::chrono::nanoseconds(most).count() / 100 + 1);
-  pass(Clock::now() + std::chrono::milliseconds(1));
+  pass(1);
   EXPECT_EQ(stopwatch.GetElapsed(), first);
   stopwatch.Start();
-  pass(Clock::now() + std::chrono::milliseconds(1));
-  EXPECT_GE(stopwatch.GetElapsed() - first, TimeSpan::From(1, TimeUnit::Milliseconds));
+  pass(1);
   const TimeSpan longest = stopwatch.GetElapsed();
+  EXPECT_GE(longest - first, TimeSpan::From(1, Milliseconds));
   stopwatch.Restart();
   stopwatch.Stop();
   EXPECT_LT(stopwatch.GetElapsed(), longest);

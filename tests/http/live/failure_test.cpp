@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include <chrono>
 #include <functional>
@@ -17,15 +18,15 @@ namespace Zelto::Testing {
 namespace {
 
 using Utilities::CurlWrapper;
-using Behaviour = std::function<void(Connection&)>;
+using Behaviour = std::function<void(int connection)>;
 
 const std::string kHalfAnAnswer = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n0123456789";
 
 /// A server that answers each request with some bytes and closes.
 Behaviour Answer(std::string bytes) {
-  return [bytes = std::move(bytes)](Connection& connection) {
-    connection.ReadRequest();
-    connection.Write(bytes);
+  return [bytes = std::move(bytes)](int connection) {
+    ReadRequest(connection);
+    Write(connection, bytes);
   };
 }
 
@@ -37,12 +38,13 @@ TEST(Failure, EndsWithLibcurlsCodeAndLeavesTheObjectUsableAndNoDescriptorBehind)
     Behaviour behaviour;
     std::vector<std::string> outcomes;  // with the versions of libcurl
   } kTable[] = {
-      {"closes at once", [](Connection&) {}, {"error 52", kReceiveError}},
+      {"closes at once", [](int) {}, {"error 52", kReceiveError}},
       {"closes after the request", Answer(""), {"error 52"}},
       {"resets",
-       [](Connection& connection) {
-         connection.ReadRequest();
-         connection.Reset();
+       [](int connection) {
+         ReadRequest(connection);
+         const linger at_once{1, 0};
+         ::setsockopt(connection, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
        },
        {kReceiveError}},
       {"stops in mid-body", Answer(kHalfAnAnswer), {"error 18"}},
@@ -73,10 +75,10 @@ TEST(Failure, EndsWithLibcurlsCodeAndLeavesTheObjectUsableAndNoDescriptorBehind)
 
 TEST(Failure, RefusedConnectionsAndBothTimeouts) {
   const auto start = std::chrono::steady_clock::now();
-  const LoopbackServer silent([](Connection& connection) { connection.WaitForEnd(); });
-  const LoopbackServer stalled([](Connection& connection) {
+  const LoopbackServer silent(StaySilent);
+  const LoopbackServer stalled([](int connection) {
     Answer(kHalfAnAnswer)(connection);
-    connection.WaitForEnd();
+    ReadRequest(connection);
   });
   CurlWrapper connecting = NewWrapper({.connect_timeout_s = 1});
   CurlWrapper waiting = NewWrapper({.timeout_s = 1});

@@ -57,7 +57,7 @@ TEST(Fetch, GetsAndPosts) {
   Expect(0, "from \u00E9 file", {"--body-file", folder.Path() / "body", url(L"/echo")});
   Expect(0, "a:b|7|application/json|zelto_fetch",
          {"--body", "x", "--header", "X-Name:a:b", "--header", "X-Number: 7", url(L"/head")});
-  const LoopbackServer silent([](Connection& connection) { connection.WaitForEnd(); });
+  const LoopbackServer silent(StaySilent);
   Expect(1, "Timeout was reached", {"--timeout", "1", Narrow(silent.Url())});
 }
 

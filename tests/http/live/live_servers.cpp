@@ -21,9 +21,9 @@ struct Cleanup : testing::Environment {
 };
 const auto* const cleanup = testing::AddGlobalTestEnvironment(new Cleanup);
 
-void Echo(Connection& connection) {
-  const std::string body = connection.ReadRequest();
-  connection.Write("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+void Echo(int connection) {
+  const std::string body = ReadRequest(connection);
+  Write(connection, "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
 }
 
 constexpr char kMakeCertificates[] = R"(

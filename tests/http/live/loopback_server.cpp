@@ -10,13 +10,13 @@
 
 namespace Zelto::Testing {
 
-std::string Connection::ReadRequest() {
+std::string ReadRequest(int connection) {
   std::string request;
   std::size_t body = std::string::npos;
   std::size_t length = 0;
   char buffer[65536];
   while (body == std::string::npos || request.size() < body + length) {
-    const ssize_t count = ::recv(socket_, buffer, sizeof buffer, 0);
+    const ssize_t count = ::recv(connection, buffer, sizeof buffer, 0);
     if (count <= 0) {
       return {};
     }
@@ -31,9 +31,9 @@ std::string Connection::ReadRequest() {
   return request.substr(body);
 }
 
-void Connection::Write(std::string_view bytes) {
+void Write(int connection, std::string_view bytes) {
   while (!bytes.empty()) {
-    const ssize_t count = ::send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    const ssize_t count = ::send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
     if (count <= 0) {
       return;
     }
@@ -41,18 +41,7 @@ void Connection::Write(std::string_view bytes) {
   }
 }
 
-void Connection::WaitForEnd() {
-  char buffer[4096];
-  while (::recv(socket_, buffer, sizeof buffer, 0) > 0) {
-  }
-}
-
-void Connection::Reset() {
-  const linger at_once{1, 0};
-  ::setsockopt(socket_, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
-}
-
-LoopbackServer::LoopbackServer(std::function<void(Connection&)> handler)
+LoopbackServer::LoopbackServer(std::function<void(int connection)> handler)
     : handler_(std::move(handler)), listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address{};
   socklen_t size = sizeof address;
@@ -84,8 +73,7 @@ void LoopbackServer::Serve() {
     if (!stopping_) {
       open_ = socket;
       lock.unlock();
-      Connection connection(socket);
-      handler_(connection);
+      handler_(socket);
       lock.lock();
       open_ = -1;
     }

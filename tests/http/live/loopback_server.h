@@ -10,27 +10,17 @@
 
 namespace Zelto::Testing {
 
-/// One accepted connection. Its functions end quietly when the peer or the server has gone.
-class Connection {
- public:
-  explicit Connection(int socket) : socket_(socket) {}
+// On an accepted connection; they end quietly when the peer or the server has gone.
 
-  /// Reads a whole request, with as much body as "Content-Length" says. @return its body
-  std::string ReadRequest();
-  void Write(std::string_view bytes);
-  /// Stays until the peer closes or the server stops.
-  void WaitForEnd();
-  /// Ends the connection with a reset.
-  void Reset();
-
- private:
-  int socket_;
-};
+/// Reads a whole request, with as much body as "Content-Length" says. Without one, stays until the peer closes or the
+/// server stops. @return its body
+std::string ReadRequest(int connection);
+void Write(int connection, std::string_view bytes);
 
 /// Calls a handler for one connection after the other, on a thread of its own; each is closed after it.
 class LoopbackServer {
  public:
-  explicit LoopbackServer(std::function<void(Connection&)> handler);
+  explicit LoopbackServer(std::function<void(int connection)> handler);
   /// Ends what is open and waits for the handler.
   ~LoopbackServer();
   LoopbackServer(const LoopbackServer&) = delete;
@@ -43,7 +33,7 @@ class LoopbackServer {
  private:
   void Serve();
 
-  const std::function<void(Connection&)> handler_;
+  const std::function<void(int connection)> handler_;
   const int listener_;
   unsigned int port_;
   std::mutex mutex_;
@@ -52,9 +42,15 @@ class LoopbackServer {
   std::thread thread_;
 };
 
+/// A handler that takes requests, and answers none.
+inline void StaySilent(int connection) {
+  ReadRequest(connection);
+  ReadRequest(connection);
+}
+
 /// A port at which nobody listens.
 inline unsigned int FreePort() {
-  return LoopbackServer([](Connection&) {}).Port();
+  return LoopbackServer([](int) {}).Port();
 }
 
 }  // namespace Zelto::Testing

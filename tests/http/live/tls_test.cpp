@@ -45,7 +45,7 @@ TEST(Tls, PinnedCertificatesOutweighWhatTheSystemTrusts) {
   const TempFolder libraries;
   const std::filesystem::path libcurl = libraries.Path() / "libcurl.so.4";
   std::filesystem::create_symlink(ZELTO_DEFAULT_TRUST_LIBCURL, libcurl);
-  for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(SystemLibraries()))) {
+  for (const auto& entry : std::filesystem::directory_iterator(kSystemLibraries)) {
     const std::string name = entry.path().filename();
     if (name.starts_with("libcrypto.so.") || name.starts_with("libssl.so.")) {
       std::filesystem::create_symlink(entry.path(), libraries.Path() / name);
@@ -60,7 +60,7 @@ TEST(Tls, PinnedCertificatesOutweighWhatTheSystemTrusts) {
   EXPECT_EQ(plain_request(std::string(url.begin(), url.end()).c_str()), 0) << "what the pinned ones must outweigh";
   ::dlclose(plain);
 
-  for (const std::wstring& folder : {libraries / L"", SystemLibraries()}) {
+  for (const std::wstring& folder : {libraries / L"", std::wstring(kSystemLibraries)}) {
     CurlWrapper wrapper = NewWrapper({.libraries = folder});
     Pin(wrapper, "stranger");
     EXPECT_EQ(Get(wrapper, url), kPeerNotVerified);

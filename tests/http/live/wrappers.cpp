@@ -2,11 +2,6 @@
 
 #include "zelto/text/exceptions/win32_exception.h"
 
-#include <dlfcn.h>
-
-#include <filesystem>
-#include <stdexcept>
-
 namespace Zelto::Testing {
 
 namespace {
@@ -24,23 +19,7 @@ std::string OutcomeOf(CurlWrapper& wrapper, void (CurlWrapper::*request)(const s
   return std::to_string(wrapper.GetHttpStatusCode());
 }
 
-std::wstring FindSystemLibraries() {
-  void* const libcurl = ::dlopen("libcurl.so.4", RTLD_LAZY | RTLD_LOCAL);
-  Dl_info info{};
-  if (libcurl == nullptr || ::dladdr(::dlsym(libcurl, "curl_easy_init"), &info) == 0) {
-    throw std::runtime_error("this machine has no libcurl.so.4");
-  }
-  const std::wstring folder = std::filesystem::path(info.dli_fname).parent_path().wstring();
-  ::dlclose(libcurl);
-  return folder;
-}
-
 }  // namespace
-
-std::wstring SystemLibraries() {
-  static const std::wstring folder = FindSystemLibraries();
-  return folder;
-}
 
 CurlWrapper NewWrapper(const Setup& setup) {
   return CurlWrapper(setup.libraries, false, L"", setup.ca_file, setup.fail_on_error, setup.connect_timeout_s,

@@ -18,10 +18,10 @@ inline const std::string kPeerNotVerified = "error 60";
 inline const std::string kBadCaFile = "error 77";
 
 /// The folder of the system's libcurl and OpenSSL.
-std::wstring SystemLibraries();
+inline constexpr const wchar_t* kSystemLibraries = ZELTO_SYSTEM_LIBRARIES;
 
 struct Setup {
-  std::wstring libraries = SystemLibraries();
+  std::wstring libraries = kSystemLibraries;
   std::wstring ca_file = {};
   bool fail_on_error = false;
   unsigned connect_timeout_s = 60;

@@ -16,16 +16,15 @@ TEST(DatePicture, WritesWhatTheSystemWrites) {
         Platform::CalendarFields{1601, 1, 1, 1, 12, 0, 0, 0},
         Platform::CalendarFields{9999, 12, 5, 31, 23, 59, 59, 0}}) {
     const auto system = std::bit_cast<SYSTEMTIME>(fields);
+    wchar_t expected[200] = L"";
     for (const wchar_t* picture : {L"yyyy'-'MM'-'dd", L"d dd ddd dddd", L"M MM MMM MMMM", L"yy yyyy yyyyy",
                                    L"'it''s' d", L"d''d", L"x.d/M", L"MMMMMM ddddddd"}) {
-      wchar_t expected[200] = L"";
       ASSERT_NE(::GetDateFormatEx(LOCALE_NAME_INVARIANT, 0, &system, picture, expected, 200, nullptr), 0);
       std::wstring text;
       DatePicture::AppendDate(fields, picture, text);
       EXPECT_EQ(text, expected);
     }
     for (const wchar_t* picture : {L"HH:mm:ss", L"h hh H HH", L"m mm s ss", L"t tt", L"hhh HHH mmm sss", L"'H' H"}) {
-      wchar_t expected[200] = L"";
       ASSERT_NE(::GetTimeFormatEx(LOCALE_NAME_INVARIANT, 0, &system, picture, expected, 200), 0);
       std::wstring text;
       DatePicture::AppendTime(fields, picture, text);
