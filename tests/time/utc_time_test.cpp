@@ -3,6 +3,7 @@
 #include "zelto/platform/calendar_types.h"
 #include "zelto/text/exceptions/win32_exception.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -13,17 +14,15 @@
 namespace Zelto::Utilities {
 namespace {
 
+using testing::HasSubstr;
+using testing::Property;
+
 constexpr std::uint64_t kUnixEpochTicks = 116'444'736'000'000'000;
 constexpr std::uint64_t kTicksPerDay = 864'000'000'000;
 
-template <typename Action>
-std::string FailureOf(Action action) {
-  try {
-    action();
-  } catch (const Win32Exception& failure) {
-    return failure.GetErrorCode() == 87 ? failure.what() : "wrong code";
-  }
-  return "";
+auto Fails(const std::string& text) {
+  return testing::Throws<Win32Exception>(
+      AllOf(Property(&Win32Exception::what, HasSubstr(text)), Property(&Win32Exception::GetErrorCode, 87U)));
 }
 
 TEST(UtcTime, CountsUnixSeconds) {
@@ -35,8 +34,7 @@ TEST(UtcTime, CountsUnixSeconds) {
   EXPECT_EQ(UtcTime().GetUnixTimestamp(false), -11'644'473'600);
   EXPECT_EQ(UtcTime::FromTicks(kUnixEpochTicks - 1).GetUnixTimestamp(false), -1);
   const std::int64_t before_scale = -11'644'473'601;
-  EXPECT_NE(FailureOf([&] { UtcTime(before_scale, true); }).find("Can't convert file time to system time"),
-            std::string::npos);
+  EXPECT_THAT([&] { UtcTime(before_scale, true); }, Fails("Can't convert file time to system time"));
 }
 
 TEST(UtcTime, TakesAndGivesCalendarFields) {
@@ -62,9 +60,7 @@ TEST(UtcTime, RefusesWhatTheCalendarDoesNotHave) {
   EXPECT_TRUE(UtcTime::IsValid(2016, 2, 29, 23, 59, 59));
   EXPECT_TRUE(UtcTime::IsValid(30827, 12, 31, 0, 0, 0));
   for (const bool local : {false, true}) {
-    EXPECT_NE(
-        FailureOf([&] { UtcTime(2017, 2, 29, 0, 0, 0, 0, local); }).find("Can't convert system time to file time"),
-        std::string::npos);
+    EXPECT_THAT([&] { UtcTime(2017, 2, 29, 0, 0, 0, 0, local); }, Fails("Can't convert system time to file time"));
   }
   EXPECT_FALSE(UtcTime::IsValid(2017, 2, 29, 0, 0, 0));
   EXPECT_FALSE(UtcTime::IsValid(2017, 1, 1, 24, 0, 0));
@@ -74,8 +70,7 @@ TEST(UtcTime, RefusesWhatTheCalendarDoesNotHave) {
   EXPECT_EQ(time, before);
   const UtcTime beyond = UtcTime::FromTicks(std::uint64_t{1} << 63);
   EXPECT_EQ(beyond.GetFileTime(false).dwHighDateTime, 0x80000000U);
-  EXPECT_NE(FailureOf([&] { beyond.GetYear(false); }).find("Can't convert file time to system time"),
-            std::string::npos);
+  EXPECT_THAT([&] { beyond.GetYear(false); }, Fails("Can't convert file time to system time"));
 }
 
 TEST(UtcTime, AddsWithoutGuardAndSubtractsDownToEmpty) {

@@ -3,6 +3,7 @@
 #include "zelto/text/exceptions/win32_exception.h"
 #include "zelto/text/string_utilities.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -12,16 +13,14 @@
 namespace Zelto::Utilities {
 namespace {
 
+using testing::HasSubstr;
+using testing::Property;
+
 static_assert(std::has_virtual_destructor_v<Version>);
 
-template <typename Action>
-std::string FailureOf(Action action) {
-  try {
-    action();
-  } catch (const Win32Exception& failure) {
-    return failure.GetErrorCode() == 87 ? failure.what() : "wrong code";
-  }
-  return "";
+auto Fails(const std::string& text) {
+  return testing::Throws<Win32Exception>(
+      AllOf(Property(&Win32Exception::what, HasSubstr(text)), Property(&Win32Exception::GetErrorCode, 87U)));
 }
 
 TEST(Version, ScansLenientlyAfterThreeDots) {
@@ -44,15 +43,14 @@ TEST(Version, RefusesOtherTextsAndStaysAsItWas) {
   Version version(9, 8, 7, 6);
   for (const wchar_t* text : {L"", L"1.2.3", L"1.2.3.4.5", L"7....", L".1.2.3", L"...", L"x.1.2.3", L"-.1.2.3",
                               L"\uFF11.2.3.4", L"\u00A01.2.3.4"}) {
-    EXPECT_NE(FailureOf([&] { version.SetVersion(text); }).find("String is not a valid version string"),
-              std::string::npos)
+    EXPECT_THAT([&] { version.SetVersion(text); }, Fails("String is not a valid version string"))
         << StringUtilities::Utf16ToUtf8(text);
   }
   EXPECT_EQ(version, Version(9, 8, 7, 6));
   version.SetVersion(1, 2, 3, 4);
   EXPECT_EQ(version, Version(1, 2, 3, 4));
   EXPECT_NO_THROW(Version::CheckCompleteVersionFormat(L"a.b.c.d"));
-  EXPECT_NE(FailureOf([] { Version::CheckCompleteVersionFormat(L"1,2,3,4"); }), "");
+  EXPECT_THAT([] { Version::CheckCompleteVersionFormat(L"1,2,3,4"); }, Fails(""));
 }
 
 TEST(Version, OrdersByPartsAsUnsignedNumbers) {
@@ -86,11 +84,10 @@ TEST(Version, PrintsSignedByDefaultAndByTheCallersFormat) {
   EXPECT_EQ(version.ToString(L"%d\U0001F600"), L"1\xD83D\xDE00");
   for (const wchar_t* format : {L"", L"%s", L"%n", L"%", L"%5", L"%*d", L"%ll", L"%lld", L"%f", L"%-%", L"%d%d%d%d%d",
                                 L"%300d", L"%99999999999d"}) {
-    EXPECT_NE(FailureOf([&] { version.ToString(format); }).find("Can't generate a valid version string"),
-              std::string::npos)
+    EXPECT_THAT([&] { version.ToString(format); }, Fails("Can't generate a valid version string"))
         << StringUtilities::Utf16ToUtf8(format);
   }
-  EXPECT_NE(FailureOf([&] { version.ToString(nullptr); }), "");
+  EXPECT_THAT([&] { version.ToString(nullptr); }, Fails(""));
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 #include "tests/http/live/shell.h"
 #include "tests/support/counter.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <functional>
 #include <stdexcept>
@@ -12,14 +10,6 @@
 namespace Zelto::Testing {
 
 namespace {
-
-std::unique_ptr<LiveServers> servers;
-
-/// Ends the servers with the tests.
-struct Cleanup : testing::Environment {
-  void TearDown() override { servers.reset(); }
-};
-const auto* const cleanup = testing::AddGlobalTestEnvironment(new Cleanup);
 
 void Echo(int connection) {
   const std::string body = ReadRequest(connection);
@@ -107,10 +97,8 @@ std::unique_ptr<ChildProcess> Start(const std::vector<std::string>& command, con
 }  // namespace
 
 LiveServers& LiveServers::Get() {
-  if (!servers) {
-    servers = std::make_unique<LiveServers>();
-  }
-  return *servers;
+  static LiveServers servers;
+  return servers;
 }
 
 LiveServers::LiveServers() : echo_(Echo) {
