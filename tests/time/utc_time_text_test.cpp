@@ -45,6 +45,7 @@ TEST(UtcTimeText, ReadsHexadecimalAsLenientlyAsScanf) {
   EXPECT_EQ(ticks(L" \t\n1\r\v\f2 3"), 0x0000000100000002U);
   EXPECT_EQ(ticks(L"123456789"), 0x1234567800000009U);
   EXPECT_EQ(ticks(L"0x12345678"), 0x0012345600000078U);
+  EXPECT_EQ(ticks(L"0X12+34"), 0x0000001200000034U);
   EXPECT_EQ(ticks(L"-0x00001-2"), 0xFFFFFFFFFFFFFFFEU);
   EXPECT_THAT(Reading(L"", Form::Hex),
               ThrowsMessage<std::invalid_argument>("Can't convert empty hex value to utc object"));
@@ -75,6 +76,7 @@ TEST(UtcTimeText, ReadsIso8601AtFixedPositions) {
     EXPECT_THAT(Reading(text, Form::ISO8601), ThrowsMessage<std::out_of_range>("invalid string position"));
   }
   EXPECT_EQ(Read(L"2017-1108T15:44:56").ToString(Form::ISO8601, false), L"2017-11-08T05:04:06");
+  EXPECT_EQ(Read(L"20171108 15:44:56").ToString(Form::ISO8601, false), L"2017-10-01T00:00:00");
   EXPECT_EQ(Read(L"2017-11-08Z+90:00").ToString(Form::ISO8601, false), L"2017-11-08T09:00:00");
   // A position that equals the length reads as 0.
   EXPECT_EQ(Read(L"2017-11-08ZZZZZZZ").ToString(Form::ISO8601, false), L"2017-11-08T00:00:00");
