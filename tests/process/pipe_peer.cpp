@@ -16,11 +16,6 @@ void SayReady() {
   std::fflush(stdout);
 }
 
-void WaitForEndOfInput() {
-  while (std::getchar() != EOF) {
-  }
-}
-
 /// Answers until its input ends; "silence" gets no answer.
 void Serve(const std::wstring& name) {
   const auto server = MultiClientNamedPipeServer::Create(
@@ -31,18 +26,9 @@ void Serve(const std::wstring& name) {
       NamedPipeMessageEncoding::Utf8, 5000, 4096, false, [](unsigned int) {});
   server->Start({});
   SayReady();
-  WaitForEndOfInput();
+  while (std::getchar() != EOF) {
+  }
   server->Stop();
-}
-
-/// Stays connected until its input ends.
-void Connect(const std::wstring& name) {
-  AsyncNamedPipeClient client(name);
-  client.Open();
-  client.WriteMessage(L"hello").get();
-  client.ReadMessage().get();
-  SayReady();
-  WaitForEndOfInput();
 }
 
 /// Sends long messages until it is killed.
@@ -57,15 +43,6 @@ void Flood(const std::wstring& name) {
   }
 }
 
-/// Leaves a message behind without waiting for anything but the end of the client.
-void Leave(const std::wstring& name) {
-  AsyncNamedPipeClient client(name);
-  client.Open();
-  client.WriteMessage(L"farewell", false);
-  client.Close();
-  SayReady();
-}
-
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -76,7 +53,7 @@ int main(int count, char** arguments) {
   const std::string narrow = arguments[2];
   const std::wstring name(narrow.begin(), narrow.end());
   try {
-    role == "serve" ? Serve(name) : role == "connect" ? Connect(name) : role == "flood" ? Flood(name) : Leave(name);
+    role == "serve" ? Serve(name) : Flood(name);
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s: %s\n", role.c_str(), error.what());

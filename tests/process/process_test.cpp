@@ -1,8 +1,6 @@
 #include "tests/pipes/pipe_fixture.h"
 #include "tests/support/child_process.h"
 
-#include <future>
-
 namespace Zelto::Utilities {
 namespace {
 
@@ -23,9 +21,8 @@ TEST(TwoProcesses, ExchangeMessages) {
     return PipePeerIdentity::Of(pipe, server_side).process_id == peer.Id();
   });
   client.Open();
-  for (const std::size_t length : {1U, 100U, 4096U, 5000000U}) {
-    const std::wstring message(length, L'm');
-    EXPECT_EQ(Ask(client, message), L"echo " + message);
+  for (const std::size_t length : {1U, 5000000U}) {
+    EXPECT_EQ(Ask(client, std::wstring(length, L'm')), L"echo " + std::wstring(length, L'm'));
   }
   peer.CloseInput();
   EXPECT_EQ(peer.Wait(), 0);
@@ -61,41 +58,12 @@ TEST(TwoProcesses, AKilledClientCostsItsConnectionOnly) {
     return true;
   });
   const auto bystander = OpenClient(echo.name);
-  std::size_t gone = 0;
-  for (const char* role : {"connect", "flood"}) {
-    ChildProcess peer("pipe_peer", {role, Narrow(echo.name)});
-    ASSERT_EQ(peer.ReadLine(), "ready");
-    EXPECT_EQ(peer_id, peer.Id());
-    peer.Kill();
-    EXPECT_TRUE(echo.dropped->WaitFor(++gone));
-    EXPECT_EQ(Ask(*bystander, L"x"), L"0:x");
-  }
-}
-
-TEST(TwoProcesses, AClientThatLeavesHasItsLastMessageDelivered) {
-  const EchoServer echo;
-  std::promise<std::wstring> heard;
-  echo.server->SetReceiveCallBack([&heard](unsigned int, const std::wstring& message) {
-    heard.set_value(message);
-    return std::wstring();
-  });
-  echo.Start();
-  ChildProcess peer("pipe_peer", {"leave", Narrow(echo.name)});
-  EXPECT_EQ(peer.Wait(), 0);
-  auto message = heard.get_future();
-  ASSERT_EQ(message.wait_for(kLimit), std::future_status::ready);
-  EXPECT_EQ(message.get(), L"farewell");
-}
-
-TEST(TwoProcesses, AForeignClientIsServed) {
-  const EchoServer echo;
-  echo.Start();
-  for (int i = 0; i < 3; ++i) {
-    ChildProcess foreign("foreign_client", {Narrow(echo.name), "bare"});
-    EXPECT_EQ(foreign.ReadLine(), std::to_string(i) + ":bare");
-    EXPECT_EQ(foreign.Wait(), 0);
-  }
-  EXPECT_TRUE(echo.dropped->WaitFor(3));
+  ChildProcess peer("pipe_peer", {"flood", Narrow(echo.name)});
+  ASSERT_EQ(peer.ReadLine(), "ready");
+  EXPECT_EQ(peer_id, peer.Id());
+  peer.Kill();
+  EXPECT_TRUE(echo.dropped->WaitFor(1));
+  EXPECT_EQ(Ask(*bystander, L"x"), L"0:x");
 }
 
 TEST(Module, CanBeLoadedUsedAndUnloadedAndTheProcessEnds) {
