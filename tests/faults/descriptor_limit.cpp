@@ -1,4 +1,4 @@
-#include "tests/support/posix/descriptor_limit.h"
+#include "tests/faults/descriptor_limit.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

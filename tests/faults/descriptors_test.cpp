@@ -1,7 +1,7 @@
 // What the library does when the process can open no more descriptors: it says so, loses none, and goes on when there
-// are some again. (What a server does for clients that wait meanwhile stands in the tests of pipes.)
+// are some again.
+#include "tests/faults/descriptor_limit.h"
 #include "tests/pipes/pipe_fixture.h"
-#include "tests/support/posix/descriptor_limit.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/temp_folder.h"
 #include "zelto/files/file_appender.h"
@@ -72,6 +72,19 @@ TEST(OutOfDescriptors, AServerStartsOnceThereAreSome) {
     }
     EXPECT_TRUE(Eventually([&] { return CountProcessResources().handles <= before; })) << more;
   }
+}
+
+TEST(OutOfDescriptors, AServerKeepsTheClientsThatWait) {
+  const DiagnosticsRecorder diagnostics;
+  const EchoServer echo;
+  echo.Start();
+  AsyncNamedPipeClient client(echo.name, kLimitMs);
+  {
+    const DescriptorLimit only_the_clients(1);
+    client.Open();
+    EXPECT_TRUE(diagnostics.Heard(L"can't connect to client:"));
+  }
+  EXPECT_EQ(Ask(client, L"x"), L"0:x");
 }
 
 // A message that is too large for a packet takes a descriptor at each end: of one that is left, either may come first.

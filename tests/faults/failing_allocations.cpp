@@ -33,18 +33,18 @@ void Free(void* block) noexcept {
   std::free(block);
 }
 
-FailingAllocation::FailingAllocation(std::size_t before) {
+AllocationOutcome RunWithFailure(std::size_t before, const std::function<void()>& act) {
+  AllocationOutcome outcome{false, false};
   failed = false;
   left = before;
-}
-
-FailingAllocation::~FailingAllocation() {
+  try {
+    act();
+  } catch (const std::bad_alloc&) {
+    outcome.thrown = true;
+  }
   left = kNever;
-  failed = false;
-}
-
-bool FailingAllocation::HasFailed() const {
-  return failed;
+  outcome.failed = failed;
+  return outcome;
 }
 
 std::ptrdiff_t LiveBlocks() {

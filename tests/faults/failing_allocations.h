@@ -3,20 +3,17 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 namespace Zelto::Testing {
 
-/// While it lives, one allocation of this thread fails: the one that `before` others precede.
-class FailingAllocation {
- public:
-  explicit FailingAllocation(std::size_t before);
-  ~FailingAllocation();
-  FailingAllocation(const FailingAllocation&) = delete;
-  FailingAllocation& operator=(const FailingAllocation&) = delete;
-
-  /// Whether it has failed; without that, what was run needs fewer.
-  bool HasFailed() const;
+struct AllocationOutcome {
+  bool failed;  ///< whether there was such an allocation
+  bool thrown;  ///< whether `std::bad_alloc` came out
 };
+
+/// Runs `act` with one allocation of this thread failing: the one that `before` others precede.
+AllocationOutcome RunWithFailure(std::size_t before, const std::function<void()>& act);
 
 /// How many blocks of this thread have been allocated and not freed, wherever they were.
 std::ptrdiff_t LiveBlocks();

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 #include <future>
 #include <thread>
 
@@ -77,6 +78,30 @@ TEST(Interruptions, MessagesArriveWhole) {
   }
   EXPECT_TRUE(echo.dropped->WaitFor(4));
   EXPECT_GT(interruptions, 0);
+}
+
+TEST(Interruptions, WaitsLastTheirTime) {
+  using namespace Platform;
+  const SignalStorm storm;
+  const Platform::Testing::Pair pair("signals");
+  const std::vector<SharedHandle> events{CreateManualEvent(), CreateManualEvent()};
+  char byte = 0;
+  Platform::Testing::Operation read(pair.server);
+  ASSERT_EQ(read->BeginRead(&byte, 1), kIoPending);
+  constexpr std::uint32_t kTimeMs = 40;
+  const std::function<std::uint32_t()> waits[] = {
+      [&] { return WaitForEvent(events[0], kTimeMs); },
+      [&] { return WaitForEvents(events, true, kTimeMs); },
+      [&] { return WaitForAny(std::vector<Waitable>{*read}, kTimeMs); },
+      [&] {
+        return WaitForAny(std::vector<Waitable>{*read, events[0]}, kTimeMs);
+      },
+  };
+  for (const auto& wait : waits) {
+    const auto begin = Clock::now();
+    EXPECT_EQ(wait(), kWaitTimeout);
+    EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(kTimeMs));
+  }
 }
 
 TEST(Interruptions, LinesAreWrittenWholeAndOnce) {

@@ -5,40 +5,41 @@ namespace {
 
 using testing::ElementsAre;
 
+/// A connection that runs without a server, and its client.
+struct LoneConnection {
+  LoneConnection(MessageReceivedCallback message_received, ClientDroppedCallback client_dropped) {
+    const std::wstring name = UniquePipeName();
+    const auto instance = std::make_shared<NamedPipeInstance>();
+    instance->pipe = Listen(name);
+    client = OpenClient(name);
+    EXPECT_EQ(Connect(instance->pipe), Platform::kSuccess);
+    connection = ActiveNamedPipeServerConnection::Create(9, instance, 5000, 4096, Encoding::Utf8,
+                                                         std::move(message_received), std::move(client_dropped));
+  }
+
+  std::shared_ptr<AsyncNamedPipeClient> client;
+  std::shared_ptr<ActiveNamedPipeServerConnection> connection;
+};
+
 TEST(PipeServerConnection, RunsWithoutAServerToo) {
-  const std::wstring name = UniquePipeName();
-  BareEnd end = BareEnd::Listen(name);
-  const auto client = OpenClient(name);
-  end.Accept();
-  auto instance = std::make_shared<NamedPipeInstance>();
-  instance->pipe = end.pipe;
   Counter dropped;
-  std::shared_ptr<ActiveNamedPipeServerConnection> connection = ActiveNamedPipeServerConnection::Create(
-      9, instance, 5000, 4096, Encoding::Utf8,
-      [](unsigned int id, const std::wstring& message) { return message + std::to_wstring(id); },
-      [&](unsigned int id) { dropped.Add(id); });
-  EXPECT_FALSE(connection->IsRunning());
-  connection->Start();
-  EXPECT_TRUE(connection->IsRunning());
-  EXPECT_EQ(Ask(*client, L"x"), L"x9");
-  client->Close();
+  const LoneConnection lone([](unsigned int id, const std::wstring& message) { return message + std::to_wstring(id); },
+                            [&](unsigned int id) { dropped.Add(id); });
+  EXPECT_FALSE(lone.connection->IsRunning());
+  lone.connection->Start();
+  EXPECT_TRUE(lone.connection->IsRunning());
+  EXPECT_EQ(Ask(*lone.client, L"x"), L"x9");
+  lone.client->Close();
   EXPECT_TRUE(dropped.WaitFor(1));
-  EXPECT_TRUE(Eventually([&] { return !connection->IsRunning(); }));
-  connection->Stop();
+  EXPECT_TRUE(Eventually([&] { return !lone.connection->IsRunning(); }));
+  lone.connection->Stop();
   EXPECT_THAT(dropped.Ids(), ElementsAre(9));
 }
 
 TEST(PipeServerConnection, StoppedAndStartedByItsCallbackItDropsItsClientOnce) {
-  const std::wstring name = UniquePipeName();
-  BareEnd end = BareEnd::Listen(name);
-  const auto client = OpenClient(name);
-  end.Accept();
-  auto instance = std::make_shared<NamedPipeInstance>();
-  instance->pipe = std::move(end.pipe);
   Counter dropped;
   ActiveNamedPipeServerConnection* self = nullptr;
-  const auto connection = ActiveNamedPipeServerConnection::Create(
-      9, instance, 5000, 4096, Encoding::Utf8,
+  const LoneConnection lone(
       [&](unsigned int, const std::wstring& message) {
         self->Stop();
         self->Start();
@@ -48,11 +49,11 @@ TEST(PipeServerConnection, StoppedAndStartedByItsCallbackItDropsItsClientOnce) {
         dropped.Add();
         dropped.WaitFor(2, std::chrono::milliseconds(300));  // time for the other thread to come here as well
       });
-  self = connection.get();
-  connection->Start();
-  client->WriteMessage(L"x").get();
+  self = lone.connection.get();
+  self->Start();
+  lone.client->WriteMessage(L"x").get();
   EXPECT_TRUE(dropped.WaitFor(1));
-  EXPECT_TRUE(Eventually([&] { return connection->HasEnded(); }));
+  EXPECT_TRUE(Eventually([&] { return self->HasEnded(); }));
   EXPECT_EQ(dropped.Value(), 1);
 }
 

@@ -1,6 +1,8 @@
 #include "tests/pipes/pipe_fixture.h"
 #include "tests/support/process_resources.h"
 
+#include <future>
+#include <latch>
 #include <thread>
 
 namespace Zelto::Utilities {
@@ -11,40 +13,22 @@ TEST(PipeLoad, ABurstOfClientsGetsInWhole) {
   const EchoServer echo;
   echo.Start();
   OpenClient(echo.name).reset();  // the server listens
-  std::mutex mutex;
-  std::vector<std::wstring> answers;
-  std::condition_variable all_ready;
-  unsigned int ready = 0;
-  std::vector<std::thread> threads;
-  for (unsigned int i = 0; i < kClients; ++i) {
-    threads.emplace_back([&] {
-      AsyncNamedPipeClient client(echo.name, kLimitMs);
-      {
-        std::unique_lock lock(mutex);
-        ++ready;
-        all_ready.notify_all();
-        all_ready.wait(lock, [&] { return ready == kClients; });
-      }
-      std::wstring answer;
-      try {
-        client.Open();
-        answer = Ask(client, L"hello");
-      } catch (const std::exception& error) {
-        ADD_FAILURE() << error.what();
-      }
-      const std::lock_guard guard(mutex);
-      answers.push_back(answer);
-    });
-  }
-  for (auto& thread : threads) {
-    thread.join();
-  }
+  std::latch ready(kClients);
+  std::vector<std::future<std::wstring>> answers;
   // Every accepted client has one number, and none is left out.
   std::vector<std::wstring> expected;
   for (unsigned int i = 1; i <= kClients; ++i) {
+    answers.push_back(std::async(std::launch::async, [&] {
+      ready.arrive_and_wait();
+      return Ask(*OpenClient(echo.name), L"hello");
+    }));
     expected.push_back(std::to_wstring(i) + L":hello");
   }
-  EXPECT_THAT(answers, testing::UnorderedElementsAreArray(expected));
+  std::vector<std::wstring> heard;
+  for (auto& answer : answers) {
+    heard.push_back(answer.get());
+  }
+  EXPECT_THAT(heard, testing::UnorderedElementsAreArray(expected));
   EXPECT_TRUE(echo.dropped->WaitFor(kClients + 1));
 }
 
@@ -55,7 +39,7 @@ TEST(PipeLoad, AThousandClientsMayConnectAndLeave) {
   EXPECT_EQ(Ask(*bystander, L"x"), L"0:x");
   const auto before = Testing::CountProcessResources();
   for (int i = 0; i < 1000; ++i) {
-    BareEnd::Open(echo.name);
+    OpenBare(echo.name);
   }
   EXPECT_EQ(Ask(*bystander, L"y"), L"0:y");
   EXPECT_TRUE(echo.dropped->WaitFor(1000));

@@ -26,6 +26,9 @@ namespace Zelto::Utilities {
 
 using Encoding = NamedPipeMessageEncoding;
 using Clock = std::chrono::steady_clock;
+using Platform::Testing::Connect;
+using Platform::Testing::Read;
+using Platform::Testing::Write;
 using Testing::Counter;
 using Testing::DiagnosticsRecorder;
 using Testing::Eventually;
@@ -41,8 +44,9 @@ inline std::wstring UniquePipeName() {
 
 inline std::shared_ptr<MultiClientNamedPipeServer> MakeServer(
     const std::wstring& name, MessageReceivedCallback message_received,
-    ClientDroppedCallback client_dropped = [](unsigned int) {}) {
-  return MultiClientNamedPipeServer::Create(name, std::move(message_received), Encoding::Utf8, 5000, 4096, false,
+    ClientDroppedCallback client_dropped = [](unsigned int) {}, Encoding encoding = Encoding::Utf8,
+    std::uint32_t buffer_size = 4096) {
+  return MultiClientNamedPipeServer::Create(name, std::move(message_received), encoding, 5000, buffer_size, false,
                                             std::move(client_dropped));
 }
 
@@ -51,9 +55,9 @@ struct EchoServer {
   explicit EchoServer(std::wstring pipe_name = UniquePipeName(), Encoding encoding = Encoding::Utf8,
                       std::uint32_t buffer_size = 4096)
       : name(std::move(pipe_name)),
-        server(MultiClientNamedPipeServer::Create(
+        server(MakeServer(
             name, [](unsigned int id, const std::wstring& message) { return std::to_wstring(id) + L":" + message; },
-            encoding, 5000, buffer_size, false, [happened = dropped](unsigned int id) { happened->Add(id); })) {}
+            [happened = dropped](unsigned int id) { happened->Add(id); }, encoding, buffer_size)) {}
 
   void Start(PipeAuthenticationCallback authenticate = {}) const { server->Start(std::move(authenticate)); }
 
@@ -75,84 +79,60 @@ inline std::wstring Ask(AsyncNamedPipeClient& client, const std::wstring& messag
   return client.ReadMessage().get();
 }
 
-/// Writes requests and never reads until the server's answer is stuck: then the server reads no more, either.
-inline void StopReading(AsyncNamedPipeClient& client) {
-  client.SetTimeout(300);
-  EXPECT_THROW(
-      {
-        for (int i = 0; i < 100000; ++i) {
-          client.WriteMessage(std::wstring(60000, L'w')).get();
-        }
-      },
-      std::runtime_error);
+/// A server's instance without any of the classes under test, with room for some messages that nobody reads.
+/// @param instances  the most the pipe may have
+inline SharedHandle Listen(const std::wstring& name, std::uint32_t instances = 255) {
+  return Platform::Testing::MakeInstance(
+      {.name = L"\\\\.\\pipe\\" + name, .maximum_instances = instances, .buffer_size = 65536});
 }
 
-/// One end of a pipe without any of the classes under test.
-struct BareEnd {
-  /// A server's instance, with room for some messages that nobody reads. @param instances  the most the pipe may have
-  static BareEnd Listen(const std::wstring& name, std::uint32_t instances = 255) {
-    return {Platform::Testing::MakeInstance(
-        Platform::PipeSettings{.name = L"\\\\.\\pipe\\" + name, .maximum_instances = instances, .buffer_size = 65536})};
-  }
-
-  /// A client's end.
-  static BareEnd Open(const std::wstring& name) {
-    BareEnd end;
-    Platform::ErrorCode code = Platform::kPipeBusy;
-    EXPECT_TRUE(Eventually([&] {
-      code = Platform::OpenPipe(L"\\\\.\\pipe\\" + name, end.pipe);
-      return code != Platform::kPipeBusy && code != Platform::kFileNotFound;
-    }));
-    EXPECT_EQ(code, Platform::kSuccess);
-    EXPECT_EQ(Platform::SetMessageReadMode(end.pipe), Platform::kSuccess);
-    return end;
-  }
-
-  /// Waits for a client.
-  void Accept() { EXPECT_EQ(Platform::Testing::Connect(pipe), Platform::kSuccess); }
-  Platform::ErrorCode Write(const std::string& bytes) { return Platform::Testing::Write(pipe, bytes); }
-  /// @return the error and the bytes
-  std::pair<Platform::ErrorCode, std::string> Read() {
-    const Platform::Testing::Message message = Platform::Testing::Read(pipe, 65536);
-    return {message.code, message.text};
-  }
-
-  SharedHandle pipe;
-};
+/// A client's end without any of the classes under test.
+inline SharedHandle OpenBare(const std::wstring& name) {
+  SharedHandle end;
+  EXPECT_TRUE(Eventually([&] { return Platform::OpenPipe(L"\\\\.\\pipe\\" + name, end) == Platform::kSuccess; }));
+  EXPECT_EQ(Platform::SetMessageReadMode(end), Platform::kSuccess);
+  return end;
+}
 
 /// A bare server with one client of the library.
 struct BareServerAndClient {
   explicit BareServerAndClient(std::uint32_t timeout_ms = kLimitMs, Encoding encoding = Encoding::Utf8)
-      : name(UniquePipeName()), server(BareEnd::Listen(name)), client(OpenClient(name, timeout_ms, encoding)) {
-    server.Accept();
+      : name(UniquePipeName()), server(Listen(name)), client(OpenClient(name, timeout_ms, encoding)) {
+    EXPECT_EQ(Connect(server), Platform::kSuccess);
   }
 
   std::wstring name;
-  BareEnd server;
+  SharedHandle server;
   std::shared_ptr<AsyncNamedPipeClient> client;
 };
 
 /// Expects `act` to throw an exception with exactly this text.
 template <class Act>
 void ExpectFailure(const Act& act, const std::string& text) {
-  try {
-    act();
-    ADD_FAILURE() << "nothing thrown, expected: " << text;
-  } catch (const std::exception& error) {
-    EXPECT_EQ(std::string(error.what()), text);
-  }
+  EXPECT_THAT(act, testing::ThrowsMessage<std::exception>(text));
 }
 
 /// Expects `act` to throw a `Win32Exception` whose text begins so, with this code.
 template <class Act>
 void ExpectWin32Failure(const Act& act, const std::string& beginning, std::uint32_t code) {
-  try {
-    act();
-    ADD_FAILURE() << "nothing thrown, expected: " << beginning;
-  } catch (const Win32Exception& error) {
-    EXPECT_THAT(error.what(), testing::StartsWith(beginning));
-    EXPECT_EQ(error.GetErrorCode(), code);
-  }
+  EXPECT_THAT(act, testing::Throws<Win32Exception>(
+                       testing::AllOf(testing::Property(&Win32Exception::what, testing::StartsWith(beginning)),
+                                      testing::Property(&Win32Exception::GetErrorCode, code))));
+}
+
+/// Writes messages of 60000 bytes until the pipe takes no more. @return how many were taken
+inline int Fill(AsyncNamedPipeClient& client) {
+  int taken = 0;
+  client.SetTimeout(300);
+  ExpectFailure(
+      [&] {
+        for (; taken < 100000; ++taken) {
+          client.WriteMessage(std::wstring(60000, L'f')).get();
+        }
+      },
+      "Timeout 300 expired while writing to named pipe");
+  client.SetTimeout(kLimitMs);
+  return taken;
 }
 
 }  // namespace Zelto::Utilities

@@ -18,7 +18,7 @@ TEST(PipeServer, StopsPromptlyWhateverItsClientsDo) {
   const auto idle = OpenClient(echo.name);
   EXPECT_EQ(Ask(*idle, L"x"), L"0:x");
   const auto never_reads = OpenClient(echo.name);
-  StopReading(*never_reads);
+  Fill(*never_reads);  // until the server's answer is stuck, and it reads no more, either
   EXPECT_EQ(Ask(*idle, L"still there"), L"0:still there");
   const auto start = Clock::now();
   echo.server->Stop();
@@ -27,18 +27,14 @@ TEST(PipeServer, StopsPromptlyWhateverItsClientsDo) {
 }
 
 TEST(PipeServer, MayBeStoppedByItsOwnCallbacks) {
-  enum class Place {
-    Message,
-    Dropped,
-    Authentication
-  };
-  for (const Place place : {Place::Message, Place::Dropped, Place::Authentication}) {
+  using namespace std::string_literals;
+  for (const std::string& place : {"message"s, "dropped"s, "authentication"s}) {
     for (const bool release : {false, true}) {
-      SCOPED_TRACE(testing::Message() << static_cast<int>(place) << (release ? " releases" : " stops"));
-      std::promise<void> stopped;
+      SCOPED_TRACE(place + (release ? " releases" : " stops"));
+      Counter stopped;
       std::shared_ptr<MultiClientNamedPipeServer> server;
       std::mutex mutex;  // the test waits until the callback is done with `server`
-      const auto stop = [&](Place here) {
+      const auto stop = [&](const std::string& here) {
         const std::lock_guard guard(mutex);
         if (here != place || !server) {
           return;
@@ -48,7 +44,7 @@ TEST(PipeServer, MayBeStoppedByItsOwnCallbacks) {
         } else {
           server->Stop();
         }
-        stopped.set_value();
+        stopped.Add();
       };
       const std::wstring name = UniquePipeName();
       {
@@ -56,27 +52,23 @@ TEST(PipeServer, MayBeStoppedByItsOwnCallbacks) {
         server = MakeServer(
             name,
             [&](unsigned int, const std::wstring& message) {
-              stop(Place::Message);
+              stop("message");
               return message;
             },
-            [&](unsigned int) { stop(Place::Dropped); });
+            [&](unsigned int) { stop("dropped"); });
         server->Start([&](const SharedHandle&, bool) {
-          stop(Place::Authentication);
+          stop("authentication");
           return true;
         });
       }
-      if (place == Place::Authentication) {
-        try {
-          OpenClient(name);
-        } catch (const Win32Exception&) {  // the server may be gone before the client has opened its end
-        }
-      } else {
+      try {
         const auto client = OpenClient(name);
         client->WriteMessage(L"x", false).wait();
         client->SetTimeout(500);
         client->ReadMessage().wait();
+      } catch (const Win32Exception&) {  // the server may be gone before the client has opened its end
       }
-      ASSERT_EQ(stopped.get_future().wait_for(kLimit), std::future_status::ready);
+      ASSERT_TRUE(stopped.WaitFor(1));
       const std::lock_guard guard(mutex);
       if (server) {
         EXPECT_FALSE(server->IsStarted());
@@ -87,41 +79,37 @@ TEST(PipeServer, MayBeStoppedByItsOwnCallbacks) {
 }
 
 TEST(PipeServer, StoppedByACallbackItTakesNoClients) {
-  const std::wstring name = UniquePipeName();
-  MultiClientNamedPipeServer* self = nullptr;
-  const auto server = MakeServer(name, [&](unsigned int, const std::wstring& message) {
-    self->Stop();
+  const EchoServer echo;
+  echo.server->SetReceiveCallBack([&](unsigned int, const std::wstring& message) {
+    echo.server->Stop();
     return message;
   });
-  self = server.get();
-  server->Start({});
-  OpenClient(name)->WriteMessage(L"stop").get();
+  echo.Start();
+  OpenClient(echo.name)->WriteMessage(L"stop").get();
   EXPECT_TRUE(Eventually([&] {
     SharedHandle pipe;
-    return Platform::OpenPipe(server->GetPipeName(), pipe) != Platform::kSuccess;
+    return Platform::OpenPipe(echo.server->GetPipeName(), pipe) != Platform::kSuccess;
   }));
-  server->Start({});
-  EXPECT_NO_THROW(OpenClient(name));
+  echo.Start();
+  EXPECT_NO_THROW(OpenClient(echo.name));
 }
 
 TEST(PipeServer, RestartedOnlyByItsCallbacksItKeepsNothingOfEarlierRuns) {
-  const std::wstring name = UniquePipeName();
-  MultiClientNamedPipeServer* self = nullptr;
   Counter restarts;
-  const auto server = MakeServer(name, [&](unsigned int, const std::wstring& message) {
-    self->Stop();
-    self->Start({});
+  const EchoServer echo;
+  echo.server->SetReceiveCallBack([&](unsigned int, const std::wstring& message) {
+    echo.server->Stop();
+    echo.Start();
     restarts.Add();
     return message;
   });
-  self = server.get();
-  server->Start({});
+  echo.Start();
   std::size_t before = 0;
   for (int round = 1; round <= 16; ++round) {  // each takes half a second under Wine
     // A client may still meet the run that ends.
     ASSERT_TRUE(Eventually([&] {
       try {
-        OpenClient(name)->WriteMessage(L"again").get();
+        OpenClient(echo.name)->WriteMessage(L"again").get();
       } catch (const Win32Exception&) {
       }
       return restarts.WaitFor(round, std::chrono::milliseconds(200));
@@ -131,51 +119,36 @@ TEST(PipeServer, RestartedOnlyByItsCallbacksItKeepsNothingOfEarlierRuns) {
   EXPECT_TRUE(Eventually([&] { return Testing::CountProcessResources().handles <= before + 10; }));
 }
 
-TEST(PipeServer, WaitsForCallbacksThatRun) {
-  std::promise<void> entered;
-  std::promise<void> release;
-  std::atomic<bool> left = false;
-  const std::wstring name = UniquePipeName();
-  const auto server = MakeServer(name, [&](unsigned int, const std::wstring&) {
-    entered.set_value();
-    release.get_future().wait();
-    left = true;
-    return std::wstring(L"late");
-  });
-  server->Start({});
-  const auto client = OpenClient(name);
-  client->WriteMessage(L"x").get();
-  ASSERT_EQ(entered.get_future().wait_for(kLimit), std::future_status::ready);
-  auto stopping = std::async(std::launch::async, [&] {
-    server->Stop();
-    EXPECT_TRUE(left);
-    return Clock::now();
-  });
-  EXPECT_TRUE(Eventually([&] { return !server->IsStarted(); }));
-  const auto released = Clock::now();
-  release.set_value();
-  EXPECT_LT(stopping.get() - released, kPrompt);
-}
-
-TEST(PipeServer, StopReachesClientsThatWaitForTheirJudgement) {
-  const EchoServer echo;
-  std::promise<void> entered;
-  std::promise<void> release;
-  const std::shared_future<void> released = release.get_future().share();
-  echo.Start([&](const SharedHandle&, bool) {
-    entered.set_value();
-    released.wait();
-    return true;
-  });
-  const auto judged = OpenClient(echo.name);
-  ASSERT_EQ(entered.get_future().wait_for(kLimit), std::future_status::ready);
-  const auto waiting = OpenClient(echo.name);
-  auto stopping = std::async(std::launch::async, [&] { echo.server->Stop(); });
-  EXPECT_TRUE(Eventually([&] { return !echo.server->IsStarted(); }));
-  release.set_value();
-  stopping.get();
-  for (const auto& client : {judged, waiting}) {
-    ExpectWin32Failure([&] { client->WriteMessage(L"x").get(); }, "Disconnected", 233);
+TEST(PipeServer, StopWaitsForCallbacksThatRunAndReachesEveryClient) {
+  for (const bool judging : {false, true}) {
+    Testing::Gate gate;
+    const EchoServer echo;
+    echo.server->SetReceiveCallBack([&](unsigned int, const std::wstring& message) {
+      gate.Pass();
+      return message;
+    });
+    echo.Start([&](const SharedHandle&, bool) {
+      if (judging) {
+        gate.Pass();
+      }
+      return true;
+    });
+    const auto client = OpenClient(echo.name);
+    client->WriteMessage(L"x").get();
+    ASSERT_TRUE(gate.entered.WaitFor(1));
+    const auto waiting = OpenClient(echo.name);
+    auto stopping = std::async(std::launch::async, [&] {
+      echo.server->Stop();
+      EXPECT_EQ(gate.left.Value(), 1);
+      return Clock::now();
+    });
+    EXPECT_TRUE(Eventually([&] { return !echo.server->IsStarted(); }));
+    const auto released = Clock::now();
+    gate.Open();
+    EXPECT_LT(stopping.get() - released, kPrompt);
+    for (const auto& each : {client, waiting}) {
+      ExpectWin32Failure([&] { each->WriteMessage(L"x").get(); }, "Disconnected", 233);
+    }
   }
 }
 

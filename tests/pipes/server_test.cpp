@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <mutex>
-#include <optional>
 #include <stdexcept>
 #include <thread>
 
@@ -60,20 +59,20 @@ TEST(PipeServer, NumbersItsClientsAndHearsThemLeave) {
 }
 
 TEST(PipeServer, AnswersOnlyWhatIsNotEmptyAndTakesANewCallback) {
-  const std::wstring name = UniquePipeName();
-  const auto server = MakeServer(name, [](unsigned int, const std::wstring& message) {
+  const EchoServer echo;
+  echo.server->SetReceiveCallBack([](unsigned int, const std::wstring& message) {
     return message == L"quiet" ? std::wstring() : L"old " + message;
   });
-  server->Start({});
-  const auto client = OpenClient(name);
+  echo.Start();
+  const auto client = OpenClient(echo.name);
   client->WriteMessage(L"quiet").get();
   client->WriteMessage(L"").get();  // asks nobody
   EXPECT_EQ(Ask(*client, L"loud"), L"old loud");
-  server->SetReceiveCallBack([](unsigned int, const std::wstring& message) { return L"new " + message; });
+  echo.server->SetReceiveCallBack([](unsigned int, const std::wstring& message) { return L"new " + message; });
   EXPECT_EQ(Ask(*client, L"one"), L"new one");
-  EXPECT_EQ(Ask(*OpenClient(name), L"two"), L"new two");
-  server->SetReceiveCallBack({});
-  EXPECT_EQ(server->CallMessageReceivedCallback(7, L"x"), L"");
+  EXPECT_EQ(Ask(*OpenClient(echo.name), L"two"), L"new two");
+  echo.server->SetReceiveCallBack({});
+  EXPECT_EQ(echo.server->CallMessageReceivedCallback(7, L"x"), L"");
 }
 
 TEST(PipeServer, RefusesWhomTheCallbackRefuses) {
@@ -109,14 +108,14 @@ TEST(PipeServer, SurvivesItsClients) {
     const wchar_t* told;
   };
   const Case cases[] = {
-      {"connects and vanishes", [](const EchoServer& echo) { BareEnd::Open(echo.name); }, nullptr},
+      {"connects and vanishes", [](const EchoServer& echo) { OpenBare(echo.name); }, nullptr},
       {"writes and vanishes",
-       [](const EchoServer& echo) { EXPECT_EQ(BareEnd::Open(echo.name).Write("hello"), Platform::kSuccess); }, nullptr},
+       [](const EchoServer& echo) { EXPECT_EQ(Write(OpenBare(echo.name), "farewell"), Platform::kSuccess); }, nullptr},
       {"sends invalid UTF-8",
        [](const EchoServer& echo) {
-         BareEnd client = BareEnd::Open(echo.name);
-         EXPECT_EQ(client.Write("\xC3\x28"), Platform::kSuccess);
-         EXPECT_NE(client.Read().first, Platform::kSuccess);
+         const SharedHandle client = OpenBare(echo.name);
+         EXPECT_EQ(Write(client, "\xC3\x28"), Platform::kSuccess);
+         EXPECT_NE(Read(client).code, Platform::kSuccess);
        },
        L"Exception reading data from client: bad conversion"},
       {"makes the callback throw",
@@ -143,7 +142,11 @@ TEST(PipeServer, SurvivesItsClients) {
   };
   const EchoServer echo;
   echo.server->SetMaximumMessageSize(100000);
-  echo.server->SetReceiveCallBack([](unsigned int, const std::wstring& message) {
+  Counter farewells;
+  echo.server->SetReceiveCallBack([&farewells](unsigned int, const std::wstring& message) {
+    if (message == L"farewell") {
+      farewells.Add();
+    }
     if (message == L"throw") {
       throw std::runtime_error("as asked");
     }
@@ -164,6 +167,7 @@ TEST(PipeServer, SurvivesItsClients) {
     EXPECT_TRUE(echo.dropped->WaitFor(++gone));
   }
   EXPECT_EQ(echo.dropped->Ids().size(), gone);
+  EXPECT_EQ(farewells.Value(), 1);
 }
 
 TEST(PipeServer, SurvivesItsDroppedCallback) {
@@ -188,7 +192,7 @@ TEST(PipeServer, GivesUpAnAnswerThatIsNotTaken) {
   const EchoServer echo;
   echo.Start();
   const auto never_reads = OpenClient(echo.name);
-  StopReading(*never_reads);
+  Fill(*never_reads);
   EXPECT_TRUE(echo.dropped->WaitFor(1, std::chrono::seconds(20)));  // ten seconds later
   EXPECT_EQ(Ask(*OpenClient(echo.name), L"next"), L"1:next");
 }
@@ -196,20 +200,13 @@ TEST(PipeServer, GivesUpAnAnswerThatIsNotTaken) {
 TEST(PipeServer, KeepsTryingToListen) {
   const DiagnosticsRecorder diagnostics;
   const EchoServer echo;
-  std::optional<BareEnd> occupant = BareEnd::Listen(echo.name, 1);  // allows no second instance
+  SharedHandle occupant = Listen(echo.name, 1);  // allows no second instance
   echo.Start();
   EXPECT_TRUE(diagnostics.Heard(L"Can't create named pipe"));
-  occupant.reset();
-  AsyncNamedPipeClient client(echo.name);
-  EXPECT_TRUE(Eventually([&] {
-    try {
-      client.Open();
-      return true;
-    } catch (const Win32Exception&) {
-      return false;
-    }
-  }));
-  EXPECT_EQ(Ask(client, L"x"), L"0:x");
+  occupant.Reset();
+  OpenBare(echo.name);  // waits until there is a server
+  EXPECT_TRUE(echo.dropped->WaitFor(1));
+  EXPECT_EQ(Ask(*OpenClient(echo.name), L"x"), L"1:x");
 }
 
 }  // namespace

@@ -60,25 +60,18 @@ TEST(Calendar, ConvertsBetweenUtcAndLocalTimeOfAZone) {
       {kNewYork, "2017-11-05 05:30:00", "2017-11-05 01:30:00"},
       {kNewYork, "2017-11-05 05:59:59.999", "2017-11-05 01:59:59.999"},
       {kNewYork, "2017-11-05 06:00:00", "2017-11-05 01:00:00", true, kNot},
-      {kNewYork, "2017-11-05 06:30:00", "2017-11-05 01:30:00", true, kNot},
       {kNewYork, "2017-11-05 07:00:00", "2017-11-05 02:00:00"},
-      {kNewYork, "2018-01-01 04:59:59.999", "2017-12-31 23:59:59.999"},
       {kNewYork, "1900-07-04 12:00:00", "1900-07-04 08:00:00"},
       {kNewYork, "1601-01-01 05:00:00", "1601-01-01 00:00:00"},
       {kNewYork, "30827-12-31 23:59:59.999", "30827-12-31 18:59:59.999"},
-      {kNewYork, "30827-07-01 00:00:00", "30827-06-30 20:00:00"},
       {kBerlin, "2020-03-29 00:59:59.999", "2020-03-29 01:59:59.999"},
       {kBerlin, "2020-03-29 01:00:00", "2020-03-29 03:00:00"},
       {kBerlin, "2020-10-25 00:59:59.999", "2020-10-25 02:59:59.999"},
       {kBerlin, "2020-10-25 01:00:00", "2020-10-25 02:00:00", true, kNot},
       {kBerlin, "2020-10-25 02:00:00", "2020-10-25 03:00:00"},
       {kBerlin, "2020-02-28 23:30:00", "2020-02-29 00:30:00"},
-      {kBerlin, "2019-12-31 23:00:00", "2020-01-01 00:00:00"},
-      {kAdelaide, "2017-01-01 00:00:00", "2017-01-01 10:30:00"},
-      {kAdelaide, "2017-07-01 00:00:00", "2017-07-01 09:30:00"},
       {kAdelaide, "2017-04-01 16:29:59.999", "2017-04-02 02:59:59.999"},
       {kAdelaide, "2017-04-01 16:30:00", "2017-04-02 02:00:00", true, kNot},
-      {kAdelaide, "2017-04-01 17:30:00", "2017-04-02 03:00:00"},
       {kAdelaide, "2017-09-30 16:29:59.999", "2017-10-01 01:59:59.999"},
       {kAdelaide, "2017-09-30 16:30:00", "2017-10-01 03:00:00"},
       {kAdelaide, "1965-12-31 13:30:00", "1966-01-01 00:00:00"},
@@ -87,8 +80,6 @@ TEST(Calendar, ConvertsBetweenUtcAndLocalTimeOfAZone) {
       {kLordHowe, "2017-04-01 15:00:00", "2017-04-02 01:30:00", true, kNot},
       // What the clock leaves out is read as daylight time.
       {kNewYork, "2017-03-12 06:00:00", "2017-03-12 02:00:00", kNot},
-      {kNewYork, "2017-03-12 06:59:59.999", "2017-03-12 02:59:59.999", kNot},
-      {kBerlin, "2020-03-29 00:30:00", "2020-03-29 02:30:00", kNot},
       {kAdelaide, "2017-09-30 16:00:00", "2017-10-01 02:30:00", kNot},
       {kKathmandu, "1969-12-31 18:15:00", "1970-01-01 00:00:00"},
       {kKathmandu, "1601-01-01 00:00:00", "1601-01-01 05:45:00"},
@@ -153,27 +144,22 @@ TEST(Calendar, SplitsAndJoinsTicks) {
 }
 
 TEST(Calendar, CountsEveryDayOnce) {
-  // Each day of the years around every kind of leap rule, and of the last year: the next midnight is the next date.
+  // Each day of the years around every kind of leap rule, and of the last whole year.
   for (const int year : {1601, 1604, 1700, 1900, 1999, 2000, 2100, 2400, 30826}) {
+    const bool leap = year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+    const int days[] = {31, leap ? 29 : 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
     std::uint64_t ticks = 0;
-    CalendarFields fields;
-    fields.year = static_cast<std::uint16_t>(year);
-    fields.month = fields.day = 1;
-    ASSERT_EQ(FieldsToTicks(fields, ticks), kSuccess);
-    CalendarFields previous = fields;
-    int days = 0;
-    for (; fields.year == year; previous = fields) {
-      ++days;
-      ticks += kTicksPerDay;
-      ASSERT_EQ(TicksToFields(ticks, fields), kSuccess);
-      std::uint64_t joined = 0;
-      ASSERT_EQ(FieldsToTicks(fields, joined), kSuccess);
-      ASSERT_EQ(joined, ticks) << Text(fields);
-      ASSERT_TRUE(fields.day == previous.day + 1 ? fields.month == previous.month
-                                                 : fields.day == 1 && fields.month == previous.month % 12 + 1)
-          << Text(fields);
+    ASSERT_EQ(FieldsToTicks({static_cast<std::uint16_t>(year), 1, 0, 1, 0, 0, 0, 0}, ticks), kSuccess);
+    for (int month = 1; month <= 12; ++month) {
+      for (int day = 1; day <= days[month - 1]; ++day, ticks += kTicksPerDay) {
+        CalendarFields fields;
+        std::uint64_t joined = 0;
+        ASSERT_EQ(TicksToFields(ticks, fields), kSuccess);
+        ASSERT_TRUE(fields.year == year && fields.month == month && fields.day == day) << Text(fields);
+        ASSERT_EQ(FieldsToTicks(fields, joined), kSuccess);
+        ASSERT_EQ(joined, ticks) << Text(fields);
+      }
     }
-    EXPECT_EQ(days, year % 4 == 0 && (year % 100 != 0 || year % 400 == 0) ? 366 : 365) << year;
   }
 }
 

@@ -4,26 +4,19 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 namespace Zelto::Platform {
 namespace {
 
 using namespace Zelto::Testing;
 using Missing = AppendFile::Missing;
 
-const std::vector<std::wstring>& Names() {
-  static const std::vector<std::wstring> names = {L"a.log", L"with blanks .log", L"\u00E9\u0416\u65E5.log",
-                                                  std::wstring{0xD83D, 0xDE00}};
-  return names;
-}
-
 bool IsMissing(ErrorCode code) {
   return code == kFileNotFound || code == kPathNotFound;
 }
 
 TEST(Files, AFileIsMadeGrownMovedAndRemovedByItsWideName) {
-  for (const std::wstring& name : Names()) {
+  for (const std::wstring& name : {std::wstring(L"a.log"), std::wstring(L"with blanks .log"),
+                                   std::wstring(L"\u00E9\u0416\u65E5.log"), std::wstring{0xD83D, 0xDE00}}) {
     SCOPED_TRACE(Native(name));
     const TempFolder folder;
     const std::wstring inside = folder / name;

@@ -8,7 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <deque>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -19,7 +21,7 @@ using Utilities::SharedHandle;
 
 inline constexpr std::uint32_t kLimitMs = 20000;  ///< far above what anything here takes
 
-// What differs between the targets: in windows/pipe_target.cpp and posix/pipe_target.cpp.
+// What differs between the targets: in windows/pipe_test.cpp and posix/pipe_test.cpp.
 /// Makes a client's end that lies in no `SharedHandle` yet, as a caller with a handle from elsewhere has.
 void* OpenRawClient(const std::wstring& name);
 /// The codes of an end that lost its peer, by what it does then or was doing.
@@ -47,44 +49,54 @@ class Operation {
   PipeOperation* operator->() noexcept { return &operation_; }
   PipeOperation& operator*() noexcept { return operation_; }
 
+  /// The message must outlive the operation.
+  ErrorCode BeginWrite(std::string_view message) {
+    return operation_.BeginWrite(message.data(), static_cast<std::uint32_t>(message.size()));
+  }
+  ErrorCode Finish() { return operation_.Finish(transferred_); }
   /// The outcome of an operation that `begun` is the first result of. 1460 when it does not end.
-  ErrorCode Outcome(ErrorCode begun, std::uint32_t& transferred) {
-    transferred = 0;
+  ErrorCode Outcome(ErrorCode begun = kIoPending) {
     if (begun == kIoPending && WaitForAny(std::vector<Waitable>{operation_}, kLimitMs) != 0) {
       return kTimeout;
     }
     const bool accepted = begun == kIoPending || begun == kSuccess || begun == kMoreData || begun == kPipeConnected;
-    return accepted ? operation_.Finish(transferred) : begun;
+    return accepted ? Finish() : begun;
   }
+  std::uint32_t Transferred() const noexcept { return transferred_; }
 
  private:
   SharedHandle event_;
   OverlappedRecord record_;
   PipeOperation operation_;
+  std::uint32_t transferred_ = 0;
 };
 
 inline ErrorCode Connect(const SharedHandle& server) {
   Operation operation(server);
-  std::uint32_t transferred = 0;
-  return operation.Outcome(operation->BeginConnect(), transferred);
+  return operation.Outcome(operation->BeginConnect());
 }
 
 inline ErrorCode Write(const SharedHandle& pipe, const std::string& message) {
   Operation operation(pipe);
-  std::uint32_t transferred = 0;
-  const ErrorCode result =
-      operation.Outcome(operation->BeginWrite(message.data(), static_cast<std::uint32_t>(message.size())), transferred);
-  if (result == kSuccess) {
-    EXPECT_EQ(transferred, message.size());
-  }
+  const ErrorCode result = operation.Outcome(operation.BeginWrite(message));
+  EXPECT_TRUE(result != kSuccess || operation.Transferred() == message.size());
   return result;
+}
+
+/// Writes until a write is pending: the last.
+inline std::deque<Operation> FillUp(const SharedHandle& pipe, const std::string& message) {
+  std::deque<Operation> writes;
+  while (writes.size() < 10000 && writes.emplace_back(pipe).BeginWrite(message) == kSuccess) {
+  }
+  EXPECT_TRUE(writes.back()->IsPending());
+  return writes;
 }
 
 /// One message, or the error that ended it.
 struct Message {
   ErrorCode code = kSuccess;
   std::string text;
-  std::vector<std::uint32_t> chunks;  ///< sizes
+  std::size_t chunks = 0;
 };
 
 inline Message Read(const SharedHandle& pipe, std::uint32_t chunk = 4096) {
@@ -92,11 +104,10 @@ inline Message Read(const SharedHandle& pipe, std::uint32_t chunk = 4096) {
   Operation operation(pipe);
   std::string buffer(chunk, '?');
   do {
-    std::uint32_t transferred = 0;
-    message.code = operation.Outcome(operation->BeginRead(buffer.data(), chunk), transferred);
+    message.code = operation.Outcome(operation->BeginRead(buffer.data(), chunk));
     if (message.code == kSuccess || message.code == kMoreData) {
-      message.text.append(buffer, 0, transferred);
-      message.chunks.push_back(transferred);
+      message.text.append(buffer, 0, operation.Transferred());
+      ++message.chunks;
     }
   } while (message.code == kMoreData);
   return message;
@@ -107,9 +118,6 @@ inline SharedHandle MakeInstance(const PipeSettings& settings) {
   EXPECT_EQ(CreatePipeInstance(settings, server), kSuccess);
   return server;
 }
-inline SharedHandle MakeInstance(const std::wstring& name) {
-  return MakeInstance(PipeSettings{.name = name});
-}
 
 /// A server's instance and its client, connected.
 struct Pair {
@@ -118,7 +126,7 @@ struct Pair {
   SharedHandle client;
 
   explicit Pair(const std::string& suffix, std::uint32_t buffer_size = 4096)
-      : name(PipeName(suffix)), server(MakeInstance(PipeSettings{.name = name, .buffer_size = buffer_size})) {
+      : name(PipeName(suffix)), server(MakeInstance({.name = name, .buffer_size = buffer_size})) {
     EXPECT_EQ(OpenPipe(name, client), kSuccess);
     EXPECT_EQ(SetMessageReadMode(client), kSuccess);
     EXPECT_EQ(Connect(server), kSuccess);

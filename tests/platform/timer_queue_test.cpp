@@ -3,13 +3,13 @@
 
 #include "tests/support/counter.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <chrono>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 namespace Zelto::Platform {
 namespace {
@@ -62,26 +62,20 @@ TEST_F(TimerQueueTest, APeriodicTimerKeepsItsBeatUntilItIsDeleted) {
 
 TEST_F(TimerQueueTest, TimersFireByDueTimeAndATimerDueNeverDoesNot) {
   struct Entry {
-    Counter* done;
-    steady_clock::time_point fired{};
+    Counter* order;
+    std::uint32_t due_ms;
   };
-  Counter done;
-  std::array<Entry, 3> entries{Entry{&done}, Entry{&done}, Entry{&done}};
-  const auto fire = [](void* parameter, unsigned char) {
-    auto& entry = *static_cast<Entry*>(parameter);
-    entry.fired = steady_clock::now();
-    entry.done->Add();
+  Counter order;
+  std::array<Entry, 4> entries{Entry{&order, kInfinite}, Entry{&order, 600}, Entry{&order, 0}, Entry{&order, 300}};
+  const auto note = [](void* entry, unsigned char) {
+    static_cast<Entry*>(entry)->order->Add(static_cast<Entry*>(entry)->due_ms);
   };
-  Counter never;
-  const std::vector<void*> timers{Start(Count, &never, kInfinite, 0), Start(fire, &entries[0], 600, 0),
-                                  Start(fire, &entries[1], 0, 0), Start(fire, &entries[2], 300, 0)};
-  ASSERT_TRUE(done.WaitFor(3));
-  EXPECT_LT(entries[1].fired, entries[2].fired);
-  EXPECT_LT(entries[2].fired, entries[0].fired);
-  EXPECT_EQ(never.Value(), 0);
-  for (void* const timer : timers) {
-    EXPECT_EQ(queue_->DeleteTimer(timer), kSuccess);
+  for (Entry& entry : entries) {
+    Start(note, &entry, entry.due_ms, 0);
   }
+  ASSERT_TRUE(order.WaitFor(3));
+  queue_.reset();
+  EXPECT_THAT(order.Ids(), testing::ElementsAre(0, 300, 600));
 }
 
 TEST_F(TimerQueueTest, DeletingWaitsForTheCallbackInProgress) {
@@ -96,21 +90,17 @@ TEST_F(TimerQueueTest, DeletingWaitsForTheCallbackInProgress) {
 
 TEST_F(TimerQueueTest, SlowCallbacksHoldUpNoOtherTimer) {
   Gate gate;
-  std::vector<void*> slow;
   for (int i = 0; i < 8; ++i) {
-    slow.push_back(Start(PassGate, &gate, 0, 100));
+    Start(PassGate, &gate, 0, 100);
   }
   ASSERT_TRUE(gate.entered.WaitFor(8));
   Counter quick;
-  void* const timer = Start(Count, &quick, 0, 5);
+  Start(Count, &quick, 0, 5);
   EXPECT_TRUE(quick.WaitFor(50)) << "while all slow callbacks are inside";
   EXPECT_EQ(gate.left.Value(), 0);
   gate.Open();
   EXPECT_TRUE(gate.left.WaitFor(16)) << "late callbacks run, too";
-  for (void* const each : slow) {
-    EXPECT_EQ(queue_->DeleteTimer(each), kSuccess);
-  }
-  EXPECT_EQ(queue_->DeleteTimer(timer), kSuccess);
+  queue_.reset();
 }
 
 TEST_F(TimerQueueTest, ACallbackMayStartAndDeleteOtherTimers) {

@@ -1,18 +1,30 @@
-// Message pipes on Windows: the security they are made with, clients that are not ours.
+// Message pipes on Windows: the security and the settings they are made with, clients that are not ours.
 #include "tests/platform/pipe_support.h"
 
 #include <windows.h>
 
 #include <aclapi.h>
 
-#include <string>
-
 namespace Zelto::Platform::Testing {
+
+void* OpenRawClient(const std::wstring& name) {
+  return ::CreateFileW(name.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_FLAG_OVERLAPPED,
+                       nullptr);
+}
+
+LossCodes ServerClosed() {
+  return {109, 232, 109, 109};
+}
+
+bool DisconnectDropsAnswers() {
+  return true;
+}
+
 namespace {
 
 TEST(PipeSecurity, OpenToEveryoneMeansANullDaclAndAnInheritableHandle) {
   for (const bool everyone : {false, true}) {
-    const SharedHandle server = MakeInstance(PipeSettings{.name = PipeName("security"), .allow_everyone = everyone});
+    const SharedHandle server = MakeInstance({.name = PipeName("security"), .allow_everyone = everyone});
     DWORD flags = 0;
     ASSERT_TRUE(::GetHandleInformation(server.Get(), &flags));
     EXPECT_EQ((flags & HANDLE_FLAG_INHERIT) != 0, everyone);
@@ -34,7 +46,7 @@ TEST(PipeSecurity, OpenToEveryoneMeansANullDaclAndAnInheritableHandle) {
 
 TEST(PipeSecurity, InstancesAreMessagePipesWithTheSettingsAskedFor) {
   const SharedHandle server =
-      MakeInstance(PipeSettings{.name = PipeName("settings"), .maximum_instances = 7, .buffer_size = 12345});
+      MakeInstance({.name = PipeName("settings"), .maximum_instances = 7, .buffer_size = 12345});
   DWORD flags = 0;
   DWORD out = 0;
   DWORD in = 0;
@@ -48,7 +60,7 @@ TEST(PipeSecurity, InstancesAreMessagePipesWithTheSettingsAskedFor) {
 
 TEST(PipeServers, ServeAClientThatIsNotOurs) {
   const std::wstring name = PipeName("foreign");
-  const SharedHandle server = MakeInstance(name);
+  const SharedHandle server = MakeInstance({.name = name});
   std::thread client([&name] {
     char request[] = "request";
     char answer[32] = {};
