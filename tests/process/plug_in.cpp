@@ -1,42 +1,33 @@
 // A module that uses the library behind a C interface. It leaves the library's pool with threads, and an open client;
 // its timers, its thread pool and the timer queue go just before it does.
+#include "tests/support/counter.h"
 #include "zelto/pipes/async_named_pipe_client.h"
 #include "zelto/pipes/multi_client_named_pipe_server.h"
 #include "zelto/threading/thread_pool.h"
 #include "zelto/threading/timer.h"
 #include "zelto/threading/timer_thread.h"
 
-#include <atomic>
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <exception>
-#include <future>
 #include <memory>
 #include <string>
 
 namespace {
 
-// Runs all three kinds of threads once, and lets them go while they run. @return whether they ran
+// Runs all three kinds of threads, and lets them go while they run. @return whether they ran
 bool UseThreads() {
   using namespace Zelto::Utilities;
-  std::promise<void> ran[3];
-  std::atomic<bool> again[2] = {};
-  const auto run_once = [&](std::size_t which) {
-    if (!again[which].exchange(true)) {
-      ran[which].set_value();
-    }
-  };
+  std::array<Zelto::Testing::Counter, 3> ran;
   ThreadPool pool(2);
-  Timer timer(1, false, [&] { run_once(0); });
-  TimerThread thread([&] { run_once(1); }, 1);
+  Timer timer(1, false, [&] { ran[0].Add(); });
+  TimerThread thread([&] { ran[1].Add(); }, 1);
   thread.Start();
   pool.Start();
-  pool.ScheduleTask([&] { ran[2].set_value(); });
-  for (std::promise<void>& each : ran) {
-    if (each.get_future().wait_for(std::chrono::seconds(20)) != std::future_status::ready) {
-      return false;
-    }
-  }
-  return true;
+  pool.ScheduleTask([&] { ran[2].Add(); });
+  return std::all_of(ran.begin(), ran.end(),
+                     [](const auto& each) { return each.WaitFor(1, std::chrono::seconds(20)); });
 }
 
 }  // namespace
