@@ -24,7 +24,7 @@ std::string Pattern(std::size_t size) {
 }
 
 /// A receive callback that keeps the bytes.
-std::size_t Collect(const char* bytes, std::size_t size, std::size_t count, void* target) {
+std::size_t Collect(char* bytes, std::size_t size, std::size_t count, void* target) {
   static_cast<std::string*>(target)->append(bytes, size * count);
   return size * count;
 }
