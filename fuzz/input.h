@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Zelto::Fuzz {
@@ -37,6 +38,15 @@ std::vector<wchar_t> LenientText(Bytes bytes);
 
 /// UTF-16, the low byte first. The memory ends with the text.
 std::vector<wchar_t> Units(Bytes bytes);
+
+/// The text for the C library: what is no ASCII, or a zero, is a question mark.
+inline std::string Narrow(std::wstring_view text) {
+  std::string narrow;
+  for (const wchar_t unit : text) {
+    narrow += unit > 0 && unit < 0x7F ? static_cast<char>(unit) : '?';
+  }
+  return narrow;
+}
 
 inline std::wstring_view View(const std::vector<wchar_t>& text) {
   return {text.data(), text.size()};

@@ -18,20 +18,6 @@ using Utilities::Base64;
 
 constexpr std::wstring_view kAlphabet = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-std::wstring EncodeBytes(std::string_view bytes) {
-  std::wstring text;
-  for (; !bytes.empty(); bytes.remove_prefix(bytes.size() < 3 ? bytes.size() : 3)) {
-    std::uint32_t bits = 0;
-    for (std::size_t i = 0; i < 3; ++i) {
-      bits = bits << 8 | (i < bytes.size() ? static_cast<unsigned char>(bytes[i]) : 0U);
-    }
-    for (std::size_t i = 0; i < 4; ++i) {
-      text += i <= bytes.size() ? kAlphabet[bits >> (18 - 6 * i) & 0x3F] : L'=';
-    }
-  }
-  return text;
-}
-
 // The bytes; nothing when the text is not Base64.
 std::optional<std::string> DecodeText(std::wstring_view text) {
   std::wstring characters;
@@ -87,7 +73,9 @@ void CheckEncoding(std::wstring_view text) {
   try {
     const std::wstring encoded = Base64::Encode(text);
     Require(characters.has_value(), "a lone surrogate is refused");
-    Require(encoded == EncodeBytes(EncodeUtf8(*characters)), "the text's UTF-8 is encoded");
+    const std::string bytes = EncodeUtf8(*characters);
+    Require(DecodeText(encoded) == bytes && encoded.size() == (bytes.size() + 2) / 3 * 4,
+            "the text's UTF-8 is encoded");
     CheckDecoding(encoded);
   } catch (const std::range_error&) {
     Require(!characters, "well-formed text is encoded");

@@ -35,10 +35,7 @@ std::optional<std::uint32_t> TakeNumber(std::string& text) {
 }
 
 std::optional<std::uint64_t> Scan(std::wstring_view text) {
-  std::string narrow;
-  for (const wchar_t unit : text) {
-    narrow += unit > 0 && unit < 0x7F ? static_cast<char>(unit) : '?';
-  }
+  std::string narrow = Narrow(text);
   const std::optional<std::uint32_t> high = TakeNumber(narrow);
   const std::optional<std::uint32_t> low = high ? TakeNumber(narrow) : std::nullopt;
   return low ? std::optional(std::uint64_t{*high} << 32 | *low) : std::nullopt;

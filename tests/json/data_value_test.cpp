@@ -15,8 +15,6 @@
 namespace Zelto::Json {
 namespace {
 
-using Strings = std::vector<std::wstring>;
-
 DataValue Scalar(std::wstring text, DataValue::EType kind = DataValue::String) {
   DataValue value;
   switch (kind) {
@@ -83,78 +81,56 @@ TEST(DataValue, OnlyBooleansWithOneOfTheTwoTextsAreBooleans) {
   }
 }
 
-TEST(DataValue, ScalarSettersLeaveTheArrayFlagAndTheOtherList) {
-  const auto object = std::make_shared<DataObject>();
-  DataValue value;
-  value.AddStringValue(L"a");
-  value.AddStringValue(L"b");
-  value.SetValue(L"one");
-  EXPECT_TRUE(value.IsStringArray());
-  EXPECT_EQ(value.GetStringArray(), Strings{L"one"});
-
-  value.SetObject(object);
-  EXPECT_TRUE(value.IsObjectArray());
-  EXPECT_EQ(value.GetStringValue(), L"one");
-  EXPECT_EQ(value.GetObjectArray().size(), 1U);
-  value.SetIntValue(IntegerToken(5));
-  EXPECT_EQ(value.GetObjectArray().at(0), object);
-  EXPECT_EQ(value.GetObject(), nullptr);
-
-  value.SetNull();
-  EXPECT_TRUE(value.IsNullValue());
-  EXPECT_TRUE(value.IsArray());
-  EXPECT_TRUE(value.GetObjectArray().empty());
-  EXPECT_EQ(value.GetStringValue(), L"");
-
-  DataValue scalar = Scalar(L"text");
-  scalar.SetObject(nullptr);
-  EXPECT_TRUE(scalar.IsObject());
-  EXPECT_TRUE(scalar.IsEmpty());
-  EXPECT_EQ(scalar.GetStringValue(), L"text");
-  EXPECT_EQ(scalar.GetString(), L"text");
+// All that can be asked of a value: "K[] scalar (texts) objects", "+" where it has an object, "!" where it is empty.
+std::wstring Described(const DataValue& value) {
+  std::wstring texts;
+  for (const std::wstring& text : value.GetStringArray()) {
+    texts += L' ' + text;
+  }
+  return L"SBI?ON"[value.GetType()] + std::wstring(value.IsArray() ? L"[] " : L" ") + value.GetStringValue() + L" (" +
+         texts + L" ) " + std::to_wstring(value.GetObjectArray().size()) + (value.GetObject() ? L"+" : L"") +
+         (value.IsEmpty() ? L"!" : L"");
 }
 
-TEST(DataValue, ItemsAreAddedByTheirRules) {
-  DataValue integers;
-  integers.AddIntValue(L"1");
-  integers.AddStringValue(L"two");
-  integers.AddBooleanValue(L"true");
-  EXPECT_TRUE(integers.IsArray());
-  EXPECT_EQ(integers.GetType(), DataValue::Integer);
-  EXPECT_EQ(integers.GetStringArray(), (Strings{L"1", L"two", L"true"}));
-
-  DataValue scalar = Scalar(L"first");
-  scalar.AddIntValue(L"2");
-  EXPECT_TRUE(scalar.IsStringValue());
-  EXPECT_EQ(scalar.GetString(), L"first");
-  EXPECT_TRUE(scalar.GetStringArray().empty());
-
-  const auto object = std::make_shared<DataObject>();
-  scalar.AddObject(object);
-  EXPECT_TRUE(scalar.IsObjectArray());
-  EXPECT_TRUE(scalar.GetStringArray().empty());
-  scalar.AddStringValue(L"again");
-  EXPECT_TRUE(scalar.IsStringArray());
-  EXPECT_EQ(scalar.GetObjectArray().size(), 1U);
-
-  DataValue single;
-  single.SetObject(object);
-  EXPECT_TRUE(single.GetObjectArray().empty());
-  single.AddObject(nullptr);
-  EXPECT_EQ(single.GetObjectArray().size(), 2U);
-  EXPECT_EQ(single.GetObject(), object);
-}
-
-TEST(DataValue, EmptyArraysAreEmptyArrays) {
-  DataValue value = Scalar(L"gone");
-  value.SetEmptyStringArray();
-  EXPECT_TRUE(value.IsStringArray());
-  EXPECT_TRUE(value.IsEmpty());
-  value.SetEmptyObjectArray();
-  EXPECT_TRUE(value.IsObjectArray());
-  EXPECT_TRUE(value.IsEmpty());
-  EXPECT_FALSE(Scalar(L"").IsEmpty());
-  EXPECT_TRUE(DataValue().IsEmpty());
+TEST(DataValue, SettersAndItemsChangeWhatIsTheirs) {
+  struct Step {
+    void (*act)(DataValue& value);
+    const wchar_t* after;
+  };
+  using V = DataValue;
+  static const auto kObject = std::make_shared<DataObject>();
+  const std::vector<Step> stories[] = {
+      {{[](V& v) { v.AddStringValue(L"a"); }, L"S[] a ( a ) 0"},
+       {[](V& v) { v.AddStringValue(L"b"); }, L"S[] a ( a b ) 0"},
+       {[](V& v) { v.SetValue(L"one"); }, L"S[] one ( one ) 0"},
+       {[](V& v) { v.SetObject(kObject); }, L"O[] one ( one ) 1+"},
+       {[](V& v) { v.SetIntValue(IntegerToken(5)); }, L"I[] 5 ( 5 ) 1"},
+       {[](V& v) { v.SetNull(); }, L"N[]  ( ) 0!"}},
+      {{[](V& v) { v.SetValue(L"text"); }, L"S text ( ) 0"}, {[](V& v) { v.SetObject(nullptr); }, L"O text ( ) 0!"}},
+      {{[](V& v) { v.AddIntValue(L"1"); }, L"I[] 1 ( 1 ) 0"},
+       {[](V& v) { v.AddStringValue(L"two"); }, L"I[] 1 ( 1 two ) 0"},
+       {[](V& v) { v.AddBooleanValue(L"true"); }, L"I[] 1 ( 1 two true ) 0"}},
+      {{[](V& v) { v.SetValue(L"first"); }, L"S first ( ) 0"},
+       {[](V& v) { v.AddIntValue(L"2"); }, L"S first ( ) 0"},
+       {[](V& v) { v.AddObject(kObject); }, L"O[]  ( ) 1+"},
+       {[](V& v) { v.AddStringValue(L"again"); }, L"S[] again ( again ) 1"}},
+      {{[](V& v) { v.SetObject(kObject); }, L"O  ( ) 0+"}, {[](V& v) { v.AddObject(nullptr); }, L"O[]  ( ) 2+"}},
+      {{[](V& v) { v.SetValue(L""); }, L"S  ( ) 0"},
+       {[](V& v) { v.SetEmptyStringArray(); }, L"S[]  ( ) 0!"},
+       {[](V& v) { v.SetEmptyObjectArray(); }, L"O[]  ( ) 0!"}},
+  };
+  for (const bool asked_at_each_step : {true, false}) {
+    for (const auto& story : stories) {
+      DataValue value;
+      for (const Step& step : story) {
+        step.act(value);
+        if (asked_at_each_step || &step == &story.back()) {
+          EXPECT_EQ(Described(value), step.after);
+        }
+      }
+    }
+  }
+  EXPECT_EQ(Described(DataValue()), L"N  ( ) 0!");
 }
 
 TEST(DataValue, ReferencesToArraysAreNotReferencesToTheirFirstItem) {

@@ -1,4 +1,4 @@
-// The formatters of the library against those of the system, where their conventions are the same.
+// The messages of the library against those of the system.
 #include "zelto/text/string_utilities.h"
 
 #include <windows.h>
@@ -6,21 +6,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdarg>
-#include <cstdio>
-#include <cwchar>
 #include <string>
 
 namespace Zelto::Utilities {
 namespace {
-
-std::wstring SystemPrintf(const wchar_t* format, ...) {
-  std::va_list arguments;
-  va_start(arguments, format);
-  wchar_t buffer[4096] = {};
-  _vsnwprintf(buffer, 4095, format, arguments);
-  va_end(arguments);
-  return buffer;
-}
 
 std::wstring SystemMessage(const wchar_t* format, ...) {
   std::va_list arguments;
@@ -32,24 +21,8 @@ std::wstring SystemMessage(const wchar_t* format, ...) {
 }
 
 template <typename... Arguments>
-void ComparePrintf(const wchar_t* format, Arguments... arguments) {
-  EXPECT_EQ(StringUtilities::SafeSprintf(format, arguments...), SystemPrintf(format, arguments...));
-}
-
-template <typename... Arguments>
 void CompareMessage(const wchar_t* format, Arguments... arguments) {
   EXPECT_EQ(StringUtilities::FormatMessageW(format, arguments...), SystemMessage(format, arguments...));
-}
-
-TEST(SystemFormatters, PrintfAgrees) {
-  ComparePrintf(L"%s|%S|%hs|%ls|%ws|%c|%C|%hc|%lc", L"w", "n", "h", L"l", L"W", L'c', 'C', 'h', L'L');
-  ComparePrintf(L"%05s|%-05s|%05c|%05S|%8.3s|%.*S", L"ab", L"ab", L'x', "ab", L"abcdef", 2, "abc");
-  ComparePrintf(L"%s|%S|%.3s", nullptr, nullptr, nullptr);
-  ComparePrintf(L"%p|%20p|%-20p|", reinterpret_cast<void*>(0x12ff), nullptr, nullptr);
-  ComparePrintf(L"%ld|%lu|%I64d|%I32d|%Iu|%lld|%hd", -1L, 4000000000UL, -5LL, -6, std::size_t{7}, -8LL, 70000);
-  ComparePrintf(L"%#x|%#X|%#o|%#010x|%+d|% d|%+u|%.0d|%.5d|%-8d|%#x", 255, 255, 8, 255, 1, 1, 1, 0, 42, 42, 0);
-  ComparePrintf(L"%f|%g|%G|%#g|%#.0f|%08.2f|% f|%.3f", 1.5, 1.5, 1e300, 1.5, 2.0, -3.14159, 1.0, 2.0 / 3);
-  ComparePrintf(L"%*d|%-*d|%*d|%.*s|%.*d|%%", 5, 1, 5, 2, -5, 3, 2, L"abc", -1, 4);
 }
 
 TEST(SystemFormatters, MessagesAgree) {
