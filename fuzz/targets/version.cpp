@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <string>
@@ -17,13 +18,13 @@ namespace {
 
 using Utilities::Version;
 
-using Parts = std::array<int, 4>;
+using Parts = std::array<long long, 4>;
 
-// What `scanf` reads behind three dots. Numbers of 19 digits may be beyond what it counts in.
+// What `scanf` reads where there are three dots. Numbers of 19 digits may be beyond what it counts in.
 std::optional<Parts> Scan(const std::string& text) {
   Parts parts{};
   auto& [a, b, c, d] = parts;
-  const bool has_number = std::sscanf(text.c_str(), "%d.%d.%d.%d", &a, &b, &c, &d) > 0;
+  const bool has_number = std::sscanf(text.c_str(), "%lld.%lld.%lld.%lld", &a, &b, &c, &d) > 0;
   return has_number && std::count(text.begin(), text.end(), '.') == 3 ? std::optional(parts) : std::nullopt;
 }
 
@@ -47,10 +48,12 @@ void Run(Bytes bytes) {
   }
   if (!HasLongNumber(text)) {
     Require(expected.has_value(), "three dots behind a number are a version");
-    std::array<char, 64> printed{};
-    const auto [a, b, c, d] = *expected;
-    std::snprintf(printed.data(), printed.size(), "%d.%d.%d.%d", a, b, c, d);
-    Require(version.ToCharString() == printed.data(), "the parts are read in order, and written with a sign");
+    std::string printed;
+    for (const long long part : *expected) {
+      printed += std::to_string(static_cast<std::int32_t>(part)) + '.';
+    }
+    printed.pop_back();
+    Require(version.ToCharString() == printed, "the parts are read in order, and written with a sign");
   }
   Require(Version(version.ToString()) == version, "what is written is read again");
   Require(Version(version.GetCVerison()) == version, "the plain structure holds the parts");
