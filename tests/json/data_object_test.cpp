@@ -58,6 +58,8 @@ TEST(DataObject, QueriesGiveTheDefaultForMissingKeys) {
   object.SetUint64Value(L"largest", std::numeric_limits<std::uint64_t>::max());
   object.SetIntValue(L"least", std::numeric_limits<std::int32_t>::min());
   object.SetBooleanValue(L"yes", true);
+  object.SetIntValue(L"token", IntegerToken(12));
+  object.SetBooleanValue(L"no", BooleanToken(false));
   object.SetObject(L"nested", std::make_shared<DataObject>());
   EXPECT_EQ(object.GetStringValue(L"largest", L""), L"18446744073709551615");
   EXPECT_EQ(object.GetUint64Value(L"largest", 1), std::numeric_limits<std::uint64_t>::max());
@@ -66,6 +68,9 @@ TEST(DataObject, QueriesGiveTheDefaultForMissingKeys) {
   EXPECT_EQ(object.GetStringValue(L"least", L""), L"-2147483648");
   EXPECT_EQ(object.GetIntValue(L"least", 1), std::numeric_limits<std::int32_t>::min());
   EXPECT_TRUE(object.GetBooleanValue(L"yes", false));
+  EXPECT_EQ(object.GetIntValue(L"token", 1), 12);
+  EXPECT_FALSE(object.GetBooleanValue(L"no", true));
+  EXPECT_FALSE(object.GetValue(L"nested").IsObjectArray());
   EXPECT_NE(object.GetDataObject(L"nested"), nullptr);
   EXPECT_EQ(object.GetStringValue(L"x", L"default"), L"default");
   EXPECT_EQ(object.GetIntValue(L"x", 4), 4);
@@ -84,6 +89,8 @@ TEST(DataObject, QueriesOfKeysThatAreNoTextFindNothing) {
   EXPECT_FALSE(object.Contains(key));
   EXPECT_TRUE(object.IsNullValue(key));
   EXPECT_EQ(object.GetIntValue(key, 5), 5);
+  object.SetValue(L"\U0001F600", L"");
+  EXPECT_TRUE(object.Contains(L"\U0001F600") && object.Contains({L'\xD83D', L'\xDE00'}));
 }
 
 TEST(DataObject, ObjectArraysHoldExactlyTheGivenPointers) {

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <limits>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 

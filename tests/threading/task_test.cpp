@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -66,6 +67,8 @@ TEST(Task, RunsInOrderWhoeverRunsIt) {
 TEST(Task, BeginsWithoutAnybodyWaiting) {
   for (const bool asked : {false, true}) {
     for (const bool kept : {false, true}) {
+      // Until the pool's dispatcher sleeps, to be woken by the task; that it does is not relied upon.
+      std::this_thread::sleep_for(std::chrono::milliseconds(150));
       std::promise<void> ran;
       auto task = SerialTaskQueue::Create()->Run([&ran] { ran.set_value(); });
       if (asked) {

@@ -8,11 +8,11 @@
 #include <chrono>
 #include <functional>
 #include <future>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <system_error>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace Zelto::Utilities {
