@@ -1,6 +1,7 @@
 // How the three libraries are loaded, initialised and let go.
 #include "tests/http/library_folder.h"
 #include "tests/support/counter.h"
+#include "tests/support/words.h"
 #include "zelto/platform/process.h"
 
 #include <algorithm>
@@ -38,23 +39,13 @@ TEST_F(HttpLibraries, AreLoadedAndInitialisedInOrderAndLetGoInReverse) {
             "unload curl; ");
 }
 
-TEST_F(HttpLibraries, NameTheFirstFileOrFunctionThatIsMissing) {
+TEST_F(HttpLibraries, NameTheFirstFileThatIsMissing) {
   const std::string& curl = names.curl[0];
   const auto& [crypto, ssl] = names.openssl[0];
-  const auto no_function = [](const std::string& name) { return Thrown{"Can't load function: " + name, 127}; };
-  Put("crypto", ssl);  // the order of loading, from its end
-  EXPECT_EQ(OpenFails(), no_function("SSL_CTX_get_cert_store"));
-  Remove(ssl);
-  EXPECT_EQ(OpenFails(), NotLoaded(ssl));
-  Put("ssl", crypto);
-  EXPECT_EQ(OpenFails(), no_function("CRYPTO_malloc"));
-  Remove(crypto);
-  EXPECT_EQ(OpenFails(), NotLoaded(crypto));
-  Put("ssl", curl);
-  EXPECT_EQ(OpenFails(), no_function("curl_global_init"));
-  Remove(curl);
-  EXPECT_EQ(OpenFails(), NotLoaded(curl));
-
+  for (const std::string& missing : {ssl, crypto, curl}) {  // the order of loading, from its end
+    Remove(missing);
+    EXPECT_EQ(OpenFails(), NotLoaded(missing));
+  }
   Put("curl", curl);
   Put("crypto", crypto);
   WriteFile(folder / std::wstring(ssl.begin(), ssl.end()), "no library");
@@ -65,6 +56,25 @@ TEST_F(HttpLibraries, NameTheFirstFileOrFunctionThatIsMissing) {
   const auto notes = TakeNotes();
   EXPECT_EQ(CountOf(notes, "load "), CountOf(notes, "unload "));
   EXPECT_EQ(CountOf(notes, "curl_"), 0);
+}
+
+TEST_F(HttpLibraries, NameTheFirstFunctionThatIsMissing) {
+  const auto expect = [&](const std::string& part, const std::string& file, const char* in_order) {
+    for (const std::string& function : Words(in_order)) {
+      Put(part + "_without_" + function, file);  // nor those behind it
+      EXPECT_EQ(OpenFails(), (Thrown{"Can't load function: " + function, 127}));
+    }
+    Put(part, file);
+  };
+  expect("curl", names.curl[0],
+         "curl_global_init curl_easy_init curl_slist_free_all curl_easy_cleanup curl_global_cleanup curl_easy_setopt "
+         "curl_slist_append curl_easy_getinfo curl_easy_perform curl_easy_strerror");
+  expect("crypto", names.openssl[0].first,
+         "CRYPTO_malloc CRYPTO_num_locks CRYPTO_set_locking_callback CRYPTO_THREADID_set_callback CRYPTO_free "
+         "CRYPTO_THREADID_set_numeric");
+  expect("ssl", names.openssl[0].second,
+         "SSL_CTX_get_cert_store PEM_read_bio_X509 X509_STORE_add_cert X509_free BIO_new_mem_buf BIO_free");
+  EXPECT_EQ(OpenFails(), Thrown());
 }
 
 TEST_F(HttpLibraries, FallBackToTheirSuccessors) {
