@@ -44,32 +44,27 @@ inline std::wstring UniquePipeName() {
 
 inline std::shared_ptr<MultiClientNamedPipeServer> MakeServer(
     const std::wstring& name, MessageReceivedCallback message_received,
-    ClientDroppedCallback client_dropped = [](unsigned int) {}, Encoding encoding = Encoding::Utf8,
-    std::uint32_t buffer_size = 4096) {
-  return MultiClientNamedPipeServer::Create(name, std::move(message_received), encoding, 5000, buffer_size, false,
+    ClientDroppedCallback client_dropped = [](unsigned int) {}) {
+  return MultiClientNamedPipeServer::Create(name, std::move(message_received), Encoding::Utf8, 5000, 4096, false,
                                             std::move(client_dropped));
 }
 
 /// A server that answers "<id>:<message>", and what happened to it.
 struct EchoServer {
-  explicit EchoServer(std::wstring pipe_name = UniquePipeName(), Encoding encoding = Encoding::Utf8,
-                      std::uint32_t buffer_size = 4096)
-      : name(std::move(pipe_name)),
-        server(MakeServer(
+  EchoServer()
+      : server(MakeServer(
             name, [](unsigned int id, const std::wstring& message) { return std::to_wstring(id) + L":" + message; },
-            [happened = dropped](unsigned int id) { happened->Add(id); }, encoding, buffer_size)) {}
+            [happened = dropped](unsigned int id) { happened->Add(id); })) {}
 
   void Start(PipeAuthenticationCallback authenticate = {}) const { server->Start(std::move(authenticate)); }
 
-  std::wstring name;
+  std::wstring name = UniquePipeName();
   std::shared_ptr<Counter> dropped = std::make_shared<Counter>();
   std::shared_ptr<MultiClientNamedPipeServer> server;
 };
 
-inline std::shared_ptr<AsyncNamedPipeClient> OpenClient(const std::wstring& name, std::uint32_t timeout_ms = kLimitMs,
-                                                        Encoding encoding = Encoding::Utf8) {
+inline std::shared_ptr<AsyncNamedPipeClient> OpenClient(const std::wstring& name, std::uint32_t timeout_ms = kLimitMs) {
   auto client = std::make_shared<AsyncNamedPipeClient>(name, timeout_ms);
-  client->SetEncoding(encoding);
   client->Open();
   return client;
 }
@@ -96,8 +91,8 @@ inline SharedHandle OpenBare(const std::wstring& name) {
 
 /// A bare server with one client of the library.
 struct BareServerAndClient {
-  explicit BareServerAndClient(std::uint32_t timeout_ms = kLimitMs, Encoding encoding = Encoding::Utf8)
-      : name(UniquePipeName()), server(Listen(name)), client(OpenClient(name, timeout_ms, encoding)) {
+  explicit BareServerAndClient(std::uint32_t timeout_ms = kLimitMs)
+      : name(UniquePipeName()), server(Listen(name)), client(OpenClient(name, timeout_ms)) {
     EXPECT_EQ(Connect(server), Platform::kSuccess);
   }
 
