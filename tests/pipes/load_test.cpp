@@ -32,6 +32,25 @@ TEST(PipeLoad, ABurstOfClientsGetsInWhole) {
   EXPECT_TRUE(echo.dropped->WaitFor(kClients + 1));
 }
 
+TEST(PipeLoad, AThousandClientsMayConnectAndLeave) {
+  const EchoServer echo;
+  echo.Start();
+  const auto bystander = OpenClient(echo.name);
+  EXPECT_EQ(Ask(*bystander, L"x"), L"0:x");
+  const auto before = Testing::CountProcessResources();
+  for (int i = 0; i < 1000; ++i) {
+    OpenBare(echo.name);
+  }
+  EXPECT_EQ(Ask(*bystander, L"y"), L"0:y");
+  EXPECT_TRUE(echo.dropped->WaitFor(1000));
+  EXPECT_EQ(Ask(*OpenClient(echo.name), L"z"), L"1001:z");
+  // Threads and pipes of those that left are released while the server runs.
+  EXPECT_TRUE(Eventually([&] {
+    const auto now = Testing::CountProcessResources();
+    return now.threads <= before.threads + 5 && now.handles <= before.handles + 30;
+  }));
+}
+
 TEST(PipeLoad, NothingIsLeftAfterManyRounds) {
   const auto round = [](const EchoServer& echo) {
     echo.Start();

@@ -68,6 +68,15 @@ TEST(Events, WaitForSeveralEndsByTheLowestOrByAll) {
   }
 }
 
+TEST(Events, WaitLastsItsTimeOut) {
+  const auto events = MakeEvents(2, {0});
+  for (const bool several : {false, true}) {
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(several ? WaitForEvents(events, true, kShortMs) : WaitForEvent(events[1], kShortMs), kWaitTimeout);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(kShortMs - 1));
+  }
+}
+
 // What the signalling thread wrote is there for the waiting one.
 TEST(Events, SignalFromAnotherThreadEndsAWait) {
   for (const bool all : {false, true}) {

@@ -79,6 +79,36 @@ TEST(PipeMessages, CancelledWriteIsNotSentAndHoldsUpNoOther) {
   waiter.join();
 }
 
+TEST(PipeMessages, DestroyedOperationIsCancelled) {
+  const Pair pair("destroy");
+  {
+    const std::string message = Bytes(1 << 20);
+    const std::deque<Operation> writes = FillUp(pair.client, message);
+    std::string buffer(10, '?');
+    Operation read(pair.client);
+    EXPECT_EQ(read->BeginRead(buffer.data(), 10), kIoPending);
+  }
+  EXPECT_EQ(Write(pair.server, "still there"), kSuccess);
+  EXPECT_EQ(Read(pair.client).text, "still there");
+}
+
+TEST(PipeMessages, CancelLosesNoMessageThatHasCome) {
+  const Pair pair("cancel-late");
+  for (int round = 0; round < 50; ++round) {
+    char buffer[16] = {};
+    Operation read(pair.server);
+    ASSERT_EQ(read->BeginRead(buffer, sizeof buffer), kIoPending);
+    ASSERT_EQ(Write(pair.client, "data"), kSuccess);
+    read->Cancel();
+    if (const ErrorCode result = read.Finish(); result == kSuccess) {
+      EXPECT_EQ(std::string(buffer, read.Transferred()), "data");
+    } else {
+      EXPECT_EQ(result, kOperationAborted);
+      EXPECT_EQ(Read(pair.server).text, "data");
+    }
+  }
+}
+
 TEST(PipeMessages, PendingReadEndsByDataCancelOrTimeOut) {
   const Pair pair("pending-read");
   char buffer[16] = {};

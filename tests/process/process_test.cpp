@@ -66,6 +66,17 @@ TEST(TwoProcesses, AKilledClientCostsItsConnectionOnly) {
   EXPECT_EQ(Ask(*bystander, L"x"), L"0:x");
 }
 
+TEST(TwoProcesses, AForeignClientIsServed) {
+  const EchoServer echo;
+  echo.Start();
+  for (int i = 0; i < 3; ++i) {
+    ChildProcess foreign("foreign_client", {Narrow(echo.name), "bare"});
+    EXPECT_EQ(foreign.ReadLine(), std::to_string(i) + ":bare");
+    EXPECT_EQ(foreign.Wait(), 0);
+  }
+  EXPECT_TRUE(echo.dropped->WaitFor(3));
+}
+
 TEST(Module, CanBeLoadedUsedAndUnloadedAndTheProcessEnds) {
   ChildProcess host("plug_in_host", {Narrow(UniquePipeName())});
   EXPECT_EQ(host.Wait(), 0);

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -39,6 +40,29 @@ TEST(LogFaults, AShortWriteIsCutBack) {
   std::signal(SIGXFSZ, handler);
   log.AppendLine(L"again");
   EXPECT_EQ(ReadFile(path).substr(3 * kLineBytes - 3), "x\r\nagain\r\n");
+}
+
+TEST(LogFaults, AFullDiskLosesWholeLines) {
+  const TempFolder disk;
+  if (::mount("tmpfs", disk.Path().c_str(), "tmpfs", 0, "size=64k") != 0) {
+    GTEST_SKIP() << "only who may mount can make a small disk";
+  }
+  const std::wstring path = disk / L"logs/agent.log";
+  DiagnosticsRecorder reports;
+  FileAppender log(path);
+  std::size_t written = 0;
+  for (; reports.Take(path) == 0 && written < 100; ++written) {
+    log.AppendLine(std::wstring(1000, L'x'));
+  }
+  EXPECT_EQ(ReadFile(path).size(), (written - 1) * 1002);
+  log.SetMaxFileSize(1);
+  log.SetMaxBackupFiles(1);
+  log.AppendLine(L"rotated, still full");
+  log.AppendLine(std::wstring(600, L'x'));  // replaces the only backup: there is room again
+  log.AppendLine(L"room");
+  EXPECT_EQ(reports.Take(path), 1U);
+  EXPECT_EQ(ReadFile(path), std::string(600, 'x') + "\r\nroom\r\n");
+  EXPECT_EQ(::umount2(disk.Path().c_str(), MNT_DETACH), 0);
 }
 
 TEST(LogFaults, AFolderThatMayNotBeWrittenLosesLinesAndOneThatMayNotBeSeenThrows) {
