@@ -9,21 +9,25 @@
 #include <algorithm>
 #include <cstdlib>
 #include <stdexcept>
+#include <string>
+#include <thread>
 
 namespace {
 
-using Zelto::Testing::Connection;
 using Zelto::Testing::LoopbackServer;
+using Zelto::Testing::ReadRequest;
+using Zelto::Testing::Write;
 
-void Serve(Connection& connection) {
+// Until the client has closed.
+void Serve(int connection) {
   static const std::string block(1 << 20, 'x');
-  for (std::string request; !(request = connection.ReadRequest()).empty();) {
+  for (std::string request; !(request = ReadRequest(connection)).empty();) {
     std::size_t left = std::strtoul(request.c_str() + request.find('/') + 1, nullptr, 10);
     const std::size_t first = std::min<std::size_t>(left, 16384);
-    connection.Write("HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nContent-Length: " + std::to_string(left) +
-                     "\r\n\r\n" + block.substr(0, first));
+    Write(connection, "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nContent-Length: " + std::to_string(left) +
+                          "\r\n\r\n" + block.substr(0, first));
     for (left -= first; left > 0; left -= std::min(left, block.size())) {
-      connection.Write({block.data(), std::min(left, block.size())});
+      Write(connection, {block.data(), std::min(left, block.size())});
     }
   }
 }
@@ -37,7 +41,8 @@ unsigned int StartServerProcess() {
   }
   if (::fork() == 0) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    const LoopbackServer server(Serve);
+    // The clients that are compared keep their connections open at the same time.
+    const LoopbackServer server([](int connection) { std::thread(Serve, ::dup(connection)).detach(); });
     const unsigned int port = server.Port();
     if (::write(ports[1], &port, sizeof port) == sizeof port) {
       ::pause();

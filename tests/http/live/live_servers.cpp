@@ -12,7 +12,9 @@ namespace Zelto::Testing {
 namespace {
 
 void Echo(int connection) {
-  const std::string body = ReadRequest(connection);
+  const std::string request = ReadRequest(connection);
+  const std::size_t head = request.find("\r\n\r\n");
+  const std::string body = head == std::string::npos ? "" : request.substr(head + 4);
   Write(connection, "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
 }
 

@@ -28,7 +28,7 @@ std::string ReadRequest(int connection) {
       body = end + 4;
     }
   }
-  return request.substr(body);
+  return request;
 }
 
 void Write(int connection, std::string_view bytes) {

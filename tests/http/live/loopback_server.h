@@ -13,7 +13,7 @@ namespace Zelto::Testing {
 // On an accepted connection; they end quietly when the peer or the server has gone.
 
 /// Reads a whole request, with as much body as "Content-Length" says. Without one, stays until the peer closes or the
-/// server stops. @return its body
+/// server stops. @return head and body; empty if there is no more
 std::string ReadRequest(int connection);
 void Write(int connection, std::string_view bytes);
 
