@@ -3,8 +3,8 @@
 import math
 from html import escape
 
-WIDTH = 1000
-LABEL_WIDTH = 330
+WIDTH = 1070
+LABEL_WIDTH = 400
 ROW_HEIGHT = 17
 HEAD_HEIGHT = 44
 LOWEST, HIGHEST = 0.1, 200

@@ -1,6 +1,7 @@
 // Requests over loopback beside bare libcurl with the same options. With arguments it only runs one client, for
 // counting its instructions.
 #include "bench/support/interleaved.h"
+#include "bench/support/processor.h"
 #include "clients.h"
 #include "server_process.h"
 
@@ -47,6 +48,7 @@ void CompareAt(unsigned int port, std::size_t size, unsigned times) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  Zelto::Bench::StayOnProcessor(0);
   const unsigned int port = StartServerProcess();
   if (argc == 4) {
     const std::string name = argv[1];

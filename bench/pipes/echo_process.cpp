@@ -1,5 +1,7 @@
 #include "echo_process.h"
 
+#include "bench/support/processor.h"
+
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -9,7 +11,7 @@
 #include <exception>
 #include <iostream>
 
-EchoProcess::EchoProcess(const std::function<void(const std::function<void()>&)>& serve) {
+EchoProcess::EchoProcess(unsigned processor, const std::function<void(const std::function<void()>&)>& serve) {
   int ready[2];
   if (::pipe(ready) != 0) {
     std::abort();
@@ -18,6 +20,9 @@ EchoProcess::EchoProcess(const std::function<void(const std::function<void()>&)>
   if (child_ == 0) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     ::close(ready[0]);
+    if (!Zelto::Bench::StayOnProcessor(processor)) {
+      ::_exit(1);
+    }
     try {
       serve([&] { (void)!::write(ready[1], "r", 1); });
     } catch (const std::exception& failure) {

@@ -31,16 +31,17 @@ void Require(bool condition, const char* what) {
 
 class ZeltoPeer : public Peer {
  public:
-  explicit ZeltoPeer(std::size_t size)
+  ZeltoPeer(std::size_t size, unsigned processor)
       : name_(L"zelto-bench-" + std::to_wstring(::getpid()) + L"-" + std::to_wstring(size)),
-        server_([this](const auto& ready) {
-          const auto server = MultiClientNamedPipeServer::Create(
-              name_, [](unsigned, std::wstring message) { return message; }, NamedPipeMessageEncoding::Utf8, 5000, 4096,
-              false, [](unsigned) {});
-          server->Start(nullptr);
-          ready();
-          ::pause();
-        }),
+        server_(processor,
+                [this](const auto& ready) {
+                  const auto server = MultiClientNamedPipeServer::Create(
+                      name_, [](unsigned, std::wstring message) { return message; }, NamedPipeMessageEncoding::Utf8,
+                      5000, 4096, false, [](unsigned) {});
+                  server->Start(nullptr);
+                  ready();
+                  ::pause();
+                }),
         message_(size, L'm'),
         client_(name_, 5000) {
     client_.Open(SharedHandle());
@@ -61,17 +62,18 @@ class ZeltoPeer : public Peer {
 
 class SocketPeer : public Peer {
  public:
-  explicit SocketPeer(std::size_t size)
+  SocketPeer(std::size_t size, unsigned processor)
       : sockets_(MakePair()),
-        server_([this](const auto& ready) {
-          ::close(sockets_.ours);
-          ready();
-          std::vector<char> buffer(kLargestMessage);
-          ssize_t count = 0;
-          while ((count = ::recv(sockets_.theirs, buffer.data(), buffer.size(), 0)) > 0) {
-            ::send(sockets_.theirs, buffer.data(), static_cast<std::size_t>(count), MSG_NOSIGNAL);
-          }
-        }),
+        server_(processor,
+                [this](const auto& ready) {
+                  ::close(sockets_.ours);
+                  ready();
+                  std::vector<char> buffer(kLargestMessage);
+                  ssize_t count = 0;
+                  while ((count = ::recv(sockets_.theirs, buffer.data(), buffer.size(), 0)) > 0) {
+                    ::send(sockets_.theirs, buffer.data(), static_cast<std::size_t>(count), MSG_NOSIGNAL);
+                  }
+                }),
         message_(size, 'm'),
         answer_(kLargestMessage) {}
   ~SocketPeer() override {
@@ -105,19 +107,20 @@ class SocketPeer : public Peer {
 
 class ZeroMqPeer : public Peer {
  public:
-  explicit ZeroMqPeer(std::size_t size)
+  ZeroMqPeer(std::size_t size, unsigned processor)
       : address_("ipc:///tmp/zelto-bench-" + std::to_string(::getpid()) + "-" + std::to_string(size)),
-        server_([this](const auto& ready) {
-          void* context = zmq_ctx_new();
-          void* socket = zmq_socket(context, ZMQ_REP);
-          Require(zmq_bind(socket, address_.c_str()) == 0, "ZeroMQ cannot bind");
-          ready();
-          std::vector<char> buffer(kLargestMessage);
-          int count = 0;
-          while ((count = zmq_recv(socket, buffer.data(), buffer.size(), 0)) >= 0) {
-            zmq_send(socket, buffer.data(), static_cast<std::size_t>(count), 0);
-          }
-        }),
+        server_(processor,
+                [this](const auto& ready) {
+                  void* context = zmq_ctx_new();
+                  void* socket = zmq_socket(context, ZMQ_REP);
+                  Require(zmq_bind(socket, address_.c_str()) == 0, "ZeroMQ cannot bind");
+                  ready();
+                  std::vector<char> buffer(kLargestMessage);
+                  int count = 0;
+                  while ((count = zmq_recv(socket, buffer.data(), buffer.size(), 0)) >= 0) {
+                    zmq_send(socket, buffer.data(), static_cast<std::size_t>(count), 0);
+                  }
+                }),
         message_(size, 'm'),
         answer_(kLargestMessage),
         context_(zmq_ctx_new()),
@@ -148,12 +151,12 @@ class ZeroMqPeer : public Peer {
 
 }  // namespace
 
-std::unique_ptr<Peer> MakeZeltoPeer(std::size_t message_size) {
-  return std::make_unique<ZeltoPeer>(message_size);
+std::unique_ptr<Peer> MakeZeltoPeer(std::size_t message_size, unsigned server_processor) {
+  return std::make_unique<ZeltoPeer>(message_size, server_processor);
 }
-std::unique_ptr<Peer> MakeSocketPeer(std::size_t message_size) {
-  return std::make_unique<SocketPeer>(message_size);
+std::unique_ptr<Peer> MakeSocketPeer(std::size_t message_size, unsigned server_processor) {
+  return std::make_unique<SocketPeer>(message_size, server_processor);
 }
-std::unique_ptr<Peer> MakeZeroMqPeer(std::size_t message_size) {
-  return std::make_unique<ZeroMqPeer>(message_size);
+std::unique_ptr<Peer> MakeZeroMqPeer(std::size_t message_size, unsigned server_processor) {
+  return std::make_unique<ZeroMqPeer>(message_size, server_processor);
 }

@@ -14,9 +14,11 @@ class Peer {
   virtual void RoundTrips(unsigned rounds) = 0;
 };
 
+// The server stays on the given processor, as `StayOnProcessor` counts.
+
 /// Our client and our server, UTF-8.
-std::unique_ptr<Peer> MakeZeltoPeer(std::size_t message_size);
+std::unique_ptr<Peer> MakeZeltoPeer(std::size_t message_size, unsigned server_processor);
 /// A bare `SOCK_SEQPACKET` socket pair with blocking calls: the floor.
-std::unique_ptr<Peer> MakeSocketPeer(std::size_t message_size);
+std::unique_ptr<Peer> MakeSocketPeer(std::size_t message_size, unsigned server_processor);
 /// ZeroMQ's REQ and REP over ipc.
-std::unique_ptr<Peer> MakeZeroMqPeer(std::size_t message_size);
+std::unique_ptr<Peer> MakeZeroMqPeer(std::size_t message_size, unsigned server_processor);

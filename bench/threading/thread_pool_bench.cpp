@@ -1,5 +1,6 @@
 // The thread pool beside Boost.Asio's, each task with a future.
 #include "bench/support/interleaved.h"
+#include "bench/support/processor.h"
 #include "zelto/threading/thread_pool.h"
 
 #include <boost/asio/post.hpp>
@@ -67,15 +68,24 @@ void RunBurst(Pool& pool, unsigned int producers) {
   }
 }
 
-void Run(unsigned int workers) {
+/// The caller and the workers on one processor.
+void CompareOneTask(unsigned int workers) {
+  std::thread([workers] {
+    StayOnProcessor(0);
+    OurPool ours(workers);
+    AsioPool asio(workers);
+    Print("one task to its end, " + std::to_string(workers) + " workers, one processor", "asio::thread_pool",
+          Compare([&] { ours.Schedule([] {}).get(); }, [&] { asio.Schedule([] {}).get(); }, 101));
+  }).join();
+}
+
+void CompareBursts(unsigned int workers) {
   OurPool ours(workers);
   AsioPool asio(workers);
-  const std::string suffix = ", " + std::to_string(workers) + " workers";
-  Print("one task to its end" + suffix, "asio::thread_pool",
-        Compare([&] { ours.Schedule([] {}).get(); }, [&] { asio.Schedule([] {}).get(); }, 101));
   for (const unsigned int producers : {1u, 4u}) {
     const Comparison comparison = Compare([&] { RunBurst(ours, producers); }, [&] { RunBurst(asio, producers); }, 201);
-    const std::string what = std::to_string(kBurst) + " tasks, " + std::to_string(producers) + " producers" + suffix;
+    const std::string what = std::to_string(kBurst) + " tasks, " + std::to_string(producers) + " producers, " +
+                             std::to_string(workers) + " workers";
     Print(what, "asio::thread_pool", comparison);
   }
 }
@@ -84,6 +94,8 @@ void Run(unsigned int workers) {
 }  // namespace Zelto::Bench
 
 int main() {
-  Zelto::Bench::Run(1);
-  Zelto::Bench::Run(4);
+  for (const unsigned int workers : {1u, 4u}) {
+    Zelto::Bench::CompareOneTask(workers);
+    Zelto::Bench::CompareBursts(workers);
+  }
 }
