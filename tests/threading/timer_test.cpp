@@ -187,6 +187,27 @@ TEST(Timer, AnActionMayStopRestartAndDestroyItsOwnTimer) {
   EXPECT_EQ(runs.Value(), 3);
 }
 
+TEST(Timer, ItsEndWaitsForRunsThatStoppedTheirOwnTimer) {
+  Gate gate;
+  auto timer = std::make_unique<Timer>();
+  timer->Start(1, true, [&] {
+    timer->Stop();
+    timer->Start(1, false, [&] {
+      timer->Stop();
+      gate.Pass();
+    });
+    gate.Pass();
+  });
+  ASSERT_TRUE(gate.entered.WaitFor(2));
+  std::thread opener([&] {
+    LetTimersTick();
+    gate.Open();
+  });
+  timer.reset();
+  EXPECT_EQ(gate.left.Value(), 2);
+  opener.join();
+}
+
 TEST(Timer, RunningOnesCanBeDestroyedWhileOthersStart) {
   std::vector<std::thread> owners;
   for (int i = 0; i < 4; ++i) {

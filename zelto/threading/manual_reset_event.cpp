@@ -7,8 +7,10 @@
 namespace Zelto::Utilities {
 
 void ManualResetEvent::Set() {
-  // Nobody waits on an event that is set, and whoever resets it afterwards sees what was done before this call.
-  if (signalled_) {
+  // Nobody waits on an event that is set. To write it again, and to read it when it is reset, is what lets whoever
+  // resets it see what was done before this call.
+  bool set = true;
+  if (signalled_.compare_exchange_strong(set, true)) {
     return;
   }
   {
@@ -20,7 +22,7 @@ void ManualResetEvent::Set() {
 }
 
 void ManualResetEvent::Reset() noexcept {
-  signalled_ = false;
+  signalled_.exchange(false);
 }
 
 bool ManualResetEvent::Wait(std::uint32_t timeout_ms) {

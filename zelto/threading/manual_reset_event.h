@@ -21,6 +21,7 @@ class ZELTO_API ManualResetEvent {
   ManualResetEvent(const ManualResetEvent&) = delete;
   ManualResetEvent& operator=(const ManualResetEvent&) = delete;
 
+  /// Signals. Whoever resets the event later sees what was done before this call, even when it was set already.
   void Set();
   void Reset() noexcept;
 

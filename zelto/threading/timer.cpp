@@ -5,6 +5,7 @@
 #include "zelto/threading/failure_report.h"
 #include "zelto/threading/task_pool.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <stdexcept>
 #include <thread>
@@ -59,6 +60,17 @@ class Timer::TimerContext {
     return running_thread_ == std::this_thread::get_id();
   }
 
+  bool HasRunInProgress() {
+    const std::lock_guard lock(lock_);
+    return running_thread_ != std::thread::id();
+  }
+
+  /// Waits for the run in progress.
+  void WaitForRun() {
+    std::unique_lock lock(lock_);
+    changed_.wait(lock, [this] { return running_thread_ == std::thread::id(); });
+  }
+
   /// For a timer that the queue does not let go of: callbacks may still come, so what they use stays.
   void KeepForEver(std::unique_ptr<std::shared_ptr<TimerContext>> callback_parameter,
                    std::shared_ptr<TimerQueue> queue) noexcept {
@@ -79,13 +91,15 @@ class Timer::TimerContext {
     running_thread_ = std::this_thread::get_id();
     for (; !stopped_ && runs_due_ > 0; --runs_due_) {
       if (owner_.enabled_) {
-        const auto action = owner_.action_;  // it may destroy the timer
+        auto action = owner_.action_;  // it may destroy the timer
         lock.unlock();
         (*action)();
+        action.reset();  // perhaps the last of it: what goes with it may call the timer
         lock.lock();
       }
     }
     running_thread_ = std::thread::id();
+    changed_.notify_all();
   }
 
  private:
@@ -147,15 +161,15 @@ void Timer::Stop() {
   if (context_ != nullptr) {
     context_->MarkStopped();
   }
-  if (timer_handle_ == nullptr) {
-    return;
-  }
-  (*callback_parameter_)->MarkStopped();
-  if ((*callback_parameter_)->RunsOnThisThread()) {
-    DeleteLater();
-  } else {
+  if (timer_handle_ != nullptr) {
+    (*callback_parameter_)->MarkStopped();
+    if ((*callback_parameter_)->RunsOnThisThread()) {
+      DeleteLater();
+      return;
+    }
     Delete(lock);
   }
+  WaitForLastRuns(lock);
 }
 
 bool Timer::IsRunning() const noexcept {
@@ -213,10 +227,27 @@ void Timer::DeleteLater() {
   };
   TaskPool::Instance().EnsureStarted();
   const auto job = std::make_shared<DeleteJob>();
+  std::erase_if(last_runs_, [](const auto& context) { return !context->HasRunInProgress(); });
+  last_runs_.push_back(*callback_parameter_);
   job->queue = queue_;
   job->handle = timer_handle_.exchange(nullptr);
   job->parameter = std::move(callback_parameter_);
   TaskPool::Instance().Submit(job);
+}
+
+/// Waits for the runs that stopped their own timer. One that calls this itself waits for none, as they may for it.
+void Timer::WaitForLastRuns(std::unique_lock<std::mutex>& lock) {
+  const auto runs_here = [](const auto& context) { return context->RunsOnThisThread(); };
+  if (std::any_of(last_runs_.begin(), last_runs_.end(), runs_here)) {
+    return;
+  }
+  while (!last_runs_.empty()) {
+    const std::shared_ptr<TimerContext> run = last_runs_.back();
+    lock.unlock();
+    run->WaitForRun();
+    lock.lock();
+    std::erase(last_runs_, run);
+  }
 }
 
 }  // namespace Zelto::Utilities

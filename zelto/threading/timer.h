@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace Zelto::Platform {
 class TimerQueue;
@@ -49,10 +50,10 @@ class ZELTO_API Timer {
   /// Windows: `CreateTimerQueueTimer`.
   void Start(int intervalMilliseconds, bool singleShot, std::function<void()> action);
 
-  /// Stops the timer and waits for a run of the action in progress; none begins afterwards. Does nothing for a timer
-  /// that is not running.
+  /// Stops the timer, if it is running, and waits for a run of the action in progress; none begins afterwards.
   ///
-  /// Called by the timer's own action it cannot wait: then it returns at once, and this run is the last one.
+  /// Called by the timer's own action it cannot wait: then it returns at once, and this run is the last one. A later
+  /// `Stop` of another thread waits for that run; a run after a new `Start` does not.
   ///
   /// @throws Win32Exception  "DeleteTimerQueueTimer failed."; the action does not run any more
   ///
@@ -76,6 +77,7 @@ class ZELTO_API Timer {
 
   void Delete(std::unique_lock<std::mutex>& lock);
   void DeleteLater();
+  void WaitForLastRuns(std::unique_lock<std::mutex>& lock);
 
   std::mutex lock_;  // guards what is not atomic; never held while anything waits or the action runs
   std::condition_variable delete_ended_;
@@ -85,6 +87,7 @@ class ZELTO_API Timer {
   std::atomic<bool> enabled_{true};
   std::shared_ptr<TimerContext> context_;  // of the last `Start`, also of one that was refused
   std::unique_ptr<std::shared_ptr<TimerContext>> callback_parameter_;  // with the running timer's context
+  std::vector<std::shared_ptr<TimerContext>> last_runs_;  // whose action stopped the timer and may still be running
   std::shared_ptr<Platform::TimerQueue> queue_;
 };
 

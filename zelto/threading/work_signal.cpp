@@ -6,7 +6,8 @@
 namespace Zelto::Utilities {
 
 void WorkSignal::Set(std::size_t wanted) {
-  // Nobody falls asleep while it is signalled, and whoever resets it afterwards sees what was done before this call.
+  // Nobody falls asleep while it is signalled, and whoever resets it afterwards sees what was done under a lock before
+  // this call, as work is added.
   if (signalled_ && (wanted == 0 || let_go_ == 0)) {
     return;
   }
