@@ -42,6 +42,10 @@ std::wstring FolderOf(std::wstring_view path) {
   while (length > 0 && Platform::IsPathSeparator(folder[length - 1])) {
     --length;
   }
+  // On Windows "C:" is the folder in which the process is on that drive, and "\\?\C:" is no folder.
+  if (length > 0 && length < folder.size() && folder[length - 1] == L':') {
+    ++length;
+  }
   return std::wstring(length > 0 ? folder.substr(0, length) : folder);
 }
 

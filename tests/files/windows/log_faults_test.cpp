@@ -76,6 +76,19 @@ TEST(LogFaults, NothingButAFileOnADriveIsWrittenTo) {
   ::CloseHandle(pipe);
 }
 
+TEST(LogFaults, ADrivesRootIsAFolderWhereverTheProcessIsOnThatDrive) {
+  const TempFolder folder;
+  const std::wstring drive = (folder / L"x").substr(0, 2);
+  const std::wstring name = L"\\zelto_log_" + std::to_wstring(::GetCurrentProcessId());
+  const std::wstring current = L"=" + drive;
+  ASSERT_TRUE(::SetEnvironmentVariableW(current.c_str(), (folder / L"gone\\deep").c_str()));
+  for (const std::wstring& root : {drive, L"\\\\?\\" + drive}) {
+    EXPECT_NO_THROW(FileAppender(root + name).AppendLine(L"x"));  // without the right to write there it is lost
+    Platform::RemoveFile(drive + name);
+  }
+  ::SetEnvironmentVariableW(current.c_str(), nullptr);
+}
+
 TEST(LogFaults, PathsBeyondTheClassicLengthAndWithBackslashesWork) {
   const TempFolder folder;
   std::wstring path = folder.Path().wstring();
