@@ -30,10 +30,10 @@ class ZELTO_API IFileAppender {
 /// Threads: no lock. Calls on one appender are made one at a time. Several appenders, in one or several processes, may
 /// append to the same file, and their lines never mix; when they rotate it at the same time, a backup may be lost.
 ///
-/// Paths from outside: whoever may write in the log's folder can stop the log, and nothing else. A link, a pipe or a
-/// device in the log's place is not written to, and waiting for it does not happen; a link among the folders is
-/// followed. A folder in the log's place stays where it is. What a caller logs of strangers' text may contain line
-/// ends, which are written as such.
+/// Paths from outside: whoever may write in the log's folder can stop the log or put a file of their own in its place,
+/// and nothing else. A link, a pipe or a device in the log's place is not written to, and waiting for it does not
+/// happen; a link among the folders is followed. A folder in the log's place stays where it is. What a caller logs of
+/// strangers' text may contain line ends, which are written as such.
 class ZELTO_API FileAppender : public IFileAppender {
  public:
   /// The value of the size limit that stands for none.

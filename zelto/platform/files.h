@@ -54,9 +54,10 @@ ZELTO_API bool IsPathSeparator(wchar_t unit) noexcept;
 
 /// A file open for appending only. Everybody else may read, append to, rename and remove it meanwhile.
 ///
-/// Only ordinary files are opened. A link, a pipe or a device at the path is refused with `kCantAccessFile`, and
-/// opening never waits and never lets a pipe's server act in the caller's name: so whoever may write in the file's
-/// folder can lead the bytes nowhere else and hold nobody up. Links among the folders of the path are followed.
+/// Only ordinary files are opened, hard links among them. A link, a pipe or a device at the path is refused with
+/// `kCantAccessFile`, and opening never waits for one and never lets a pipe's server act in the caller's name: so
+/// whoever may write in the file's folder can lead the bytes nowhere else. Links among the folders of the path are
+/// followed. Windows: whoever holds an opportunistic lock on the file holds the opening up.
 ///
 /// Used by one thread at a time.
 class ZELTO_API AppendFile {
