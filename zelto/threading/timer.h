@@ -55,7 +55,8 @@ class ZELTO_API Timer {
   /// Called by the timer's own action it cannot wait: then it returns at once, and this run is the last one. A later
   /// `Stop` of another thread waits for that run; a run after a new `Start` does not.
   ///
-  /// @throws Win32Exception  "DeleteTimerQueueTimer failed."; the action does not run any more
+  /// @throws Win32Exception     "DeleteTimerQueueTimer failed."; the action does not run any more
+  /// @throws std::system_error  called by the timer's own action, when the system has no thread to give
   ///
   /// Windows: `DeleteTimerQueueTimer`, waiting.
   void Stop();

@@ -55,13 +55,14 @@ class ZELTO_API TimerThread : public ITimerThread {
   /// pause, and then the action runs at once.
   ///
   /// A pause outlives `Stop`: a thread that was paused, stopped and started again is still paused until the second
-  /// `Start`. When `Stop` was called without a thread, the first run comes at once.
+  /// `Start`. When `Stop` was called without a thread, or during a run, the first run comes at once.
   ///
   /// @throws std::system_error  the system has no thread to give; or an earlier thread, stopped by its own action, has
   ///                            not ended and this is it (resource deadlock)
   void Start() override;
 
-  /// Ends the thread and waits for it. Unless it is paused the action runs one last time.
+  /// Ends the thread and waits for it. Unless it is paused the action runs one last time, which is the run in progress
+  /// when there is one.
   ///
   /// @throws std::system_error  resource deadlock, when the action calls it; the thread then ends after that run
   void Stop() override;
