@@ -1,6 +1,7 @@
 #include "zelto/json/data_value.h"
 
 #include "zelto/json/data_object.h"
+#include "zelto/json/json_reader.h"
 #include "zelto/json/json_writer.h"
 
 #include <gtest/gtest.h>
@@ -162,6 +163,17 @@ TEST(DataValue, CopiesOwnTheirTextsAndShareTheirObjects) {
     moved.SetValue(moved.GetString() + L"!");
     EXPECT_EQ(moved.GetString(), L"text!");
   }
+  // What was moved out of a document stays when that goes.
+  auto document = JsonReader::Decode(L"{\"a\":\"text of some length\",\"b\":[1,2],\"c\":[\"x\",{}]}", false);
+  std::vector<DataValue> values;
+  for (const wchar_t* key : {L"a", L"b", L"c"}) {
+    values.push_back(std::move(document->GetValue(key)));
+    EXPECT_TRUE(document->IsNullValue(key));
+  }
+  document.reset();
+  EXPECT_EQ(values[0].GetStringValue(), L"text of some length");
+  EXPECT_EQ(values[1].GetStringArray(), (std::vector<std::wstring>{L"1", L"2"}));
+  EXPECT_EQ(values[2].GetObjectArray().size(), 1U);
   // Assigning to a value a part of what it alone keeps alive.
   DataValue outer;
   auto inner = std::make_shared<DataObject>();

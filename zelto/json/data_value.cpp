@@ -68,7 +68,8 @@ DataValue::DataValue(const DataValue& other) : units_{} {
   form_ = other.form_;
 }
 
-DataValue::DataValue(DataValue&& other) noexcept : units_{} {
+DataValue::DataValue(DataValue&& other) : units_{} {
+  ValueAccess::Own(other);
   TakeFrom(other);
 }
 
@@ -80,10 +81,12 @@ DataValue& DataValue::operator=(const DataValue& other) {
   return *this;
 }
 
-DataValue& DataValue::operator=(DataValue&& other) noexcept {
+DataValue& DataValue::operator=(DataValue&& other) {
   if (this != &other) {
+    ValueAccess::Own(other);
     // The old contents go last: `other` may be part of a nested object that only they keep alive.
-    DataValue old(std::move(*this));
+    DataValue old;
+    old.TakeFrom(*this);
     TakeFrom(other);
   }
   return *this;

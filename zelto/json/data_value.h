@@ -53,9 +53,11 @@ class ZELTO_API DataValue {
   DataValue() noexcept : units_{} {}
   /// Copies the texts and shares the nested objects.
   DataValue(const DataValue& other);
-  DataValue(DataValue&& other) noexcept;
+  /// Leaves a null behind. Texts that stand in the memory of a document are copied out of it, so this may throw; then
+  /// both values are as before.
+  DataValue(DataValue&& other);
   DataValue& operator=(const DataValue& other);
-  DataValue& operator=(DataValue&& other) noexcept;
+  DataValue& operator=(DataValue&& other);
   ~DataValue() {
     if (form_ != Form::kEmpty) {
       Release();

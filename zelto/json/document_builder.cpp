@@ -25,6 +25,10 @@ DocumentBuilder::DocumentBuilder(bool allow_duplicates) : allow_duplicates_(allo
   objects_.reserve(8);
 }
 
+DocumentBuilder::ListValue::ListValue(ListValue&& other) noexcept {
+  ValueAccess::Take(value, other.value);
+}
+
 void DocumentBuilder::OpenObject() {
   text_base_ = text_.Size();
   open_.push_back({members_.size(), text_base_, objects_.size(), values_.size(), closed_length_});
@@ -52,7 +56,7 @@ std::size_t DocumentBuilder::BeginItem() {
 void DocumentBuilder::AddItem(std::size_t item, DataValue::EType kind) {
   const std::size_t length = CheckedLength(text_.Size() - item - 1);
   if (InItems()) {
-    AddItemTo(values_.back(), {text_.Data() + item + 1, length}, kind);
+    AddItemTo(values_.back().value, {text_.Data() + item + 1, length}, kind);
     text_.CutTo(item);
     return;
   }
@@ -82,7 +86,7 @@ void DocumentBuilder::BeginObjectItems() {
   }
   CheckedLength(text_.Size() - text_base_);
   Member& member = members_.back();
-  DataValue& value = values_.emplace_back();
+  DataValue& value = values_.emplace_back().value;
   const std::size_t first = text_base_ + member.text;
   if (text_.Size() != first) {
     ValueAccess::Borrow(value, {text_.Data() + first, text_.Size() - first}, static_cast<DataValue::EType>(member.kind),
@@ -95,7 +99,7 @@ void DocumentBuilder::BeginObjectItems() {
 }
 
 void DocumentBuilder::AddObjectItem(std::shared_ptr<DataObject> object) {
-  values_.back().AddObject(std::move(object));
+  values_.back().value.AddObject(std::move(object));
 }
 
 void DocumentBuilder::AddItemTo(DataValue& value, std::u16string_view text, DataValue::EType kind) {
@@ -212,7 +216,7 @@ inline void DocumentBuilder::PlaceProperty(const Member& member, const OpenShare
       break;
     case Content::kValue:
       storage.SetOwning();
-      node.value = std::move(values_[share.values + member.text]);
+      node.value = std::move(values_[share.values + member.text].value);
       ValueAccess::ShrinkToFit(node.value);
       break;
     case Content::kNothing:

@@ -101,6 +101,13 @@ class DocumentBuilder {
     std::uint8_t kind;
   };
 
+  // A list that owns what it holds, so that it moves without copying texts.
+  struct ListValue {
+    ListValue() = default;
+    ListValue(ListValue&& other) noexcept;
+    DataValue value;
+  };
+
   struct OpenShare {
     std::size_t members;
     std::size_t text;
@@ -141,7 +148,7 @@ class DocumentBuilder {
   std::vector<Member> members_;
   UnitStack text_;
   std::vector<std::shared_ptr<DataObject>> objects_;
-  std::vector<DataValue> values_;
+  std::vector<ListValue> values_;
 };
 
 }  // namespace Zelto::Json

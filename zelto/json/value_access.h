@@ -31,8 +31,15 @@ class ValueAccess {
     }
   }
 
-  /// Ends a borrowing.
-  static void Own(DataValue& value) { value.ToParts(); }
+  /// Ends a borrowing; does nothing to a value that does not borrow.
+  static void Own(DataValue& value) {
+    if (HasUnits(value) && !value.owns_text_) {
+      value.ToParts();
+    }
+  }
+
+  /// Moves what another value owns into a new one.
+  static void Take(DataValue& value, DataValue& other) noexcept { value.TakeFrom(other); }
 
   /// Makes a new value one object.
   static void PlaceObject(DataValue& value, std::shared_ptr<DataObject> object) noexcept {
@@ -60,19 +67,6 @@ class ValueAccess {
       DataValue::Parts& parts = *value.units_.parts.load(std::memory_order_relaxed);
       parts.strings.shrink_to_fit();
       parts.objects.shrink_to_fit();
-    }
-  }
-
-  /// Whether destroying the value does more than forgetting it.
-  static bool OwnsSomething(const DataValue& value) noexcept {
-    switch (value.form_) {
-      case DataValue::Form::kEmpty:
-        return false;
-      case DataValue::Form::kText:
-      case DataValue::Form::kTextList:
-        return value.owns_text_ || value.units_.parts.load(std::memory_order_relaxed) != nullptr;
-      default:
-        return true;
     }
   }
 
