@@ -173,6 +173,8 @@ TEST(OutOfMemory, DocumentsStayUnchanged) {
       {"assign", [](Pointer& document) { *document = *JsonReader::Decode(L"{\"z\":\"other\"}", false); }},
       {"copy", [](Pointer& document) { EXPECT_EQ(Written(std::make_shared<DataObject>(*document)), kDocument); }},
       {"copy a value", [](Pointer& document) { document->GetValue(L"text") = document->GetValue(L"array"); }},
+      {"move a value",
+       [](Pointer& document) { document->GetValue(L"text") = std::move(document->GetValue(L"array")); }},
       {"strings", [](Pointer& document) { EXPECT_EQ(document->GetValue(L"array").GetStringArray().size(), 2U); }},
       {"string", [](Pointer& document) { EXPECT_FALSE(document->GetValue(L"text").GetString().empty()); }},
       {"objects", [](Pointer& document) { EXPECT_EQ(document->GetObjectArray(L"objects").size(), 2U); }},
@@ -210,6 +212,18 @@ TEST(OutOfMemory, LexersAreCopiedOrNot) {
   FailEachAllocation([] { return std::optional<Json::Lexer>(); },
                      [&lexer](std::optional<Json::Lexer>& copy) { copy = lexer; },
                      [](const std::optional<Json::Lexer>& copy) { return copy.has_value(); });
+  // One that has a line of its own keeps it.
+  const auto other = [] {
+    Json::Lexer made;
+    made.SetReadLine([](std::wstring& line) {
+      line = L"{" + std::wstring(1000, L'x');
+      return true;
+    });
+    made.GetChar(L'{');
+    return made;
+  };
+  FailEachAllocation(
+      other, [&lexer](Json::Lexer& copy) { copy = lexer; }, [](Json::Lexer copy) { return copy.GetStringUntil(L'y'); });
 }
 
 // A stream swallows what its buffer throws, and says so.

@@ -50,10 +50,12 @@ Lexer::Lexer(const Lexer& other) {
 Lexer& Lexer::operator=(const Lexer& other) {
   if (this != &other) {
     const bool own_line = other.end_ == other.line_.data() + other.line_.size();
+    // Whatever can throw comes first: what is left must not be in a line that is gone.
+    LineSource read_line = other.read_line_;
+    line_ = other.line_;
+    read_line_ = std::move(read_line);
     error_ = other.error_;
     keep_white_spaces_ = other.keep_white_spaces_;
-    line_ = other.line_;
-    read_line_ = other.read_line_;
     end_ = own_line ? line_.data() + line_.size() : other.end_;
     at_ = end_ - other.Left();
   }
