@@ -185,6 +185,23 @@ TEST(JsonWriter, StreamAndStringGetTheSame) {
   EXPECT_TRUE(JsonWriter::Encode(JsonReader::Decode(encoded, false)) == encoded);
 }
 
+// Copies of a long document in which little is left take no more memory than what is left.
+TEST(JsonWriter, MemoryIsThatOfTheText) {
+  DataObject source;
+  source.SetObject(L"payload", std::make_shared<DataObject>());
+  source.GetValue(L"payload").GetObject()->SetValue(L"text", std::wstring(100000, L'x'));
+  const auto long_document = JsonReader::Decode(JsonWriter::Encode(source), false);
+  DataObject object;
+  for (int i = 0; i < 1000; ++i) {
+    auto copy = std::make_shared<DataObject>(*long_document);
+    copy->SetNullValue(L"payload");
+    object.GetValue(L"copies").AddObject(std::move(copy));
+  }
+  const std::wstring text = JsonWriter::Encode(object);
+  EXPECT_TRUE(text.starts_with(L"{\"copies\":[{\"payload\":null},{"));
+  EXPECT_LT(text.capacity(), 3 * text.size());
+}
+
 TEST(JsonWriter, ObjectsNestedInThemselvesAreRefused) {
   for (const int period : {1, 2, 3, 7}) {
     const auto first = std::make_shared<DataObject>();

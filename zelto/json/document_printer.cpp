@@ -18,11 +18,13 @@ const DataObject* NextObject(const ObjectStorage::Cursor& members) noexcept {
 
 std::size_t EstimateLength(const DataObject& object) {
   constexpr std::size_t kMaximumObjects = 10000;
+  // Objects that were changed since they were read may be far shorter than they say, and many may say so.
+  constexpr std::size_t kEnough = std::size_t{1} << 20;
   constexpr std::size_t kLeast = 64;
   std::size_t length = kLeast;
   std::vector<const DataObject*> open;
   const DataObject* next = &object;
-  for (std::size_t seen = 0; next != nullptr && seen < kMaximumObjects; ++seen) {
+  for (std::size_t seen = 0; next != nullptr && seen < kMaximumObjects && length < kEnough; ++seen) {
     const ObjectStorage* storage = ObjectStorage::Of(*next);
     if (storage != nullptr && storage->LengthHint() != 0) {
       length += storage->LengthHint();

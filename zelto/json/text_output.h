@@ -78,6 +78,10 @@ class TextOutput {
 
   std::wstring Take() {
     text_.resize(Used());
+    // What was expected in vain does not stay with the text.
+    if (text_.capacity() / 2 > text_.size() + kMostSpare) {
+      text_.shrink_to_fit();
+    }
     return std::move(text_);
   }
 
@@ -89,6 +93,7 @@ class TextOutput {
  private:
   static constexpr std::size_t kStep = 1024;  // so much more than asked for is made ready at once
   static constexpr std::size_t kFlushSize = 8192;
+  static constexpr std::size_t kMostSpare = 8192;
   static constexpr std::size_t kEscapePiece = 256;  // units that are escaped at once
 
   std::size_t Used() const noexcept {
