@@ -108,11 +108,8 @@ Number IntegerOf(const PrintfSpec& spec, std::uint64_t bits) {
 // `std::to_chars` writes what printf writes in the "C" locale, whatever the locale is.
 std::string RealText(double magnitude, std::chars_format format, int precision) {
   constexpr std::size_t kMostWithoutFraction = 330;  // 309 digits before the point
-  std::string text(kMostWithoutFraction + static_cast<std::size_t>(std::max(precision, 0)), '\0');
-  char* const end = text.data() + text.size();
-  const auto result = precision == PrintfSpec::kNoPrecision
-                          ? std::to_chars(text.data(), end, magnitude, format)
-                          : std::to_chars(text.data(), end, magnitude, format, precision);
+  std::string text(kMostWithoutFraction + static_cast<std::size_t>(precision), '\0');
+  const auto result = std::to_chars(text.data(), text.data() + text.size(), magnitude, format, precision);
   text.resize(static_cast<std::size_t>(result.ptr - text.data()));
   return text;
 }
@@ -139,10 +136,13 @@ std::string GeneralWithZeros(double magnitude, int precision) {
 
 std::string DigitsOfReal(const PrintfSpec& spec, double magnitude) {
   constexpr int kDefaultPrecision = 6;
-  const int precision = spec.precision == PrintfSpec::kNoPrecision ? kDefaultPrecision : spec.precision;
+  constexpr int kDefaultHexPrecision = 13;  // all digits of a number, zeros at the end included
+  const wchar_t conversion = Ascii::ToLower(spec.conversion);
+  const int default_precision = conversion == L'a' ? kDefaultHexPrecision : kDefaultPrecision;
+  const int precision = spec.precision == PrintfSpec::kNoPrecision ? default_precision : spec.precision;
   std::string text;
   char exponent = 'e';
-  switch (Ascii::ToLower(spec.conversion)) {
+  switch (conversion) {
     case L'e':
       text = RealText(magnitude, std::chars_format::scientific, precision);
       break;
@@ -154,7 +154,7 @@ std::string DigitsOfReal(const PrintfSpec& spec, double magnitude) {
                             : RealText(magnitude, std::chars_format::general, precision);
       break;
     default:
-      text = RealText(magnitude, std::chars_format::hex, spec.precision);
+      text = RealText(magnitude, std::chars_format::hex, precision);
       exponent = 'p';
       break;
   }
