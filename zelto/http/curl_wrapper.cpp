@@ -6,6 +6,7 @@
 #include "zelto/http/text_checks.h"
 #include "zelto/http/transfer.h"
 #include "zelto/platform/errors.h"
+#include "zelto/platform/pipe_signal.h"
 #include "zelto/platform/system_proxy.h"
 #include "zelto/text/exceptions/win32_exception.h"
 #include "zelto/text/string_utilities.h"
@@ -61,6 +62,7 @@ void CurlWrapper::OpenSession() {
     throw Win32Exception("Could not initialize the curl library", Platform::kNotEnoughMemory);
   }
   if (session_ != nullptr) {
+    const Platform::PipeSignalGuard guard;
     libraries_->Curl().curl_easy_cleanup(session_);
   }
   session_ = session;
@@ -68,6 +70,7 @@ void CurlWrapper::OpenSession() {
 
 void CurlWrapper::CloseSession() noexcept {
   FreeHeaders();
+  const Platform::PipeSignalGuard guard;  // servers are told the end of their connections
   libraries_->Curl().curl_easy_cleanup(session_);
   session_ = nullptr;
 }

@@ -45,7 +45,8 @@ class SystemProxyRules;
 ///
 /// **Threads.** An object serves one thread at a time. Several objects work on several threads, and may be made and
 /// destroyed while others transfer. Within its own receive callback an object takes no request, gives up no headers and
-/// takes no other callback: `std::runtime_error` "A request is under way"; and it must not be destroyed there.
+/// takes no other callback: `std::runtime_error` "A request is under way"; and it must not be destroyed there. On Linux
+/// a thread has SIGPIPE blocked while libcurl works on it, also in the callback: no server can end the process by it.
 ///
 /// Example:
 ///

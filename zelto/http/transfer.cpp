@@ -4,6 +4,7 @@
 #include "zelto/http/secret.h"
 #include "zelto/http/text_checks.h"
 #include "zelto/platform/errors.h"
+#include "zelto/platform/pipe_signal.h"
 #include "zelto/text/exceptions/win32_exception.h"
 #include "zelto/text/string_utilities.h"
 
@@ -211,7 +212,10 @@ void CurlWrapper::Transfer::SetReceiver() {
 
 void CurlWrapper::Transfer::Perform() {
   session_.is_transferring_ = true;
-  const CURLcode result = curl_.curl_easy_perform(session_.session_);
+  const CURLcode result = [this] {
+    const Platform::PipeSignalGuard guard;  // CURLOPT_NOSIGNAL tells libcurl not to see to it
+    return curl_.curl_easy_perform(session_.session_);
+  }();
   session_.is_transferring_ = false;
   long status = 0;
   curl_.curl_easy_getinfo(session_.session_, CURLINFO_RESPONSE_CODE, &status);

@@ -66,6 +66,9 @@ void* curl_easy_init() {
 
 void curl_easy_cleanup(void* handle) {
   Note("curl_easy_cleanup");
+  if (GetAnswers().during_cleanup) {
+    GetAnswers().during_cleanup();
+  }
   delete static_cast<Handle*>(handle);
 }
 

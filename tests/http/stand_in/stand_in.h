@@ -21,6 +21,7 @@ struct Answers {
   long status = 200;
   std::vector<std::string> body;          ///< pieces
   std::function<void()> during_transfer;  ///< called within curl_easy_perform
+  std::function<void()> during_cleanup;   ///< called within curl_easy_cleanup
 };
 
 /// The callbacks that an OpenSSL without locks of its own was given.
