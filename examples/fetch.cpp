@@ -118,6 +118,11 @@ class Options {
     if (colon == 0 || colon == std::string::npos) {
       throw OptionError("--proxy needs a host and a port");
     }
+    for (const std::string& header : All("--header")) {
+      if (header.find(':') == std::string::npos) {
+        throw OptionError("--header needs a name and a value");
+      }
+    }
     if (Has("--proxy-user") && !Has("--proxy")) {
       throw OptionError("--proxy-user needs --proxy");
     }

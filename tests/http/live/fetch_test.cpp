@@ -35,6 +35,7 @@ TEST(Fetch, HelpsAndRefusesBadOptions) {
   Expect(2, "'soon' is no number", {"--timeout", "soon", url});
   Expect(2, "--proxy needs a host and a port", {"--proxy", "proxy", url});
   Expect(2, "--proxy-user needs --proxy", {"--proxy-user", "u:p", url});
+  Expect(2, "--header needs a name and a value", {"--header", "X-Name", url});
   Expect(2, "needs --ca, --pin or --insecure", {"HTTPS://127.0.0.1/"});
   Expect(2, "/dev/null holds no PEM certificate", {"--pin", "/dev/null", url});
   Expect(1, "Can't load library: /nowhere/libcurl.so.4", {"--library-dir", "/nowhere", url});
