@@ -6,6 +6,11 @@ set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 readonly programs=${1:?folder of programs} seconds=${2:-60}
 targets=("${@:3}")
+# Without a number, libFuzzer would go on for ever.
+[[ $seconds =~ ^[1-9][0-9]*$ ]] || { echo "fuzz: '$seconds' is no number of seconds" >&2; exit 2; }
+for target in ${targets[@]+"${targets[@]}"}; do
+  [ -x "$programs/zelto_fuzz_$target" ] || { echo "fuzz: there is no target '$target'" >&2; exit 2; }
+done
 if [ ${#targets[@]} -eq 0 ]; then
   for program in "$programs"/zelto_fuzz_*; do
     targets+=("${program##*/zelto_fuzz_}")
