@@ -1,6 +1,9 @@
 // What the text and JSON rooms do when an allocation fails, each one in turn: they throw `std::bad_alloc`, keep their
-// promises about what stays unchanged, and lose nothing.
+// promises about what stays unchanged, and lose nothing. Nor does a log lose a backup.
 #include "tests/faults/failing_allocations.h"
+#include "tests/support/diagnostics_recorder.h"
+#include "tests/support/temp_folder.h"
+#include "zelto/files/file_appender.h"
 #include "zelto/json/data_object.h"
 #include "zelto/json/json_encoder.h"
 #include "zelto/json/json_reader.h"
@@ -234,6 +237,32 @@ TEST(OutOfMemory, AStreamThatFailsIsLeftToItsOwner) {
     const auto [failed, thrown] = RunWithFailure(number, [&] { JsonWriter(stream).Write(*document); });
     EXPECT_EQ(failed, thrown || stream.bad());
     EXPECT_TRUE(failed || stream.str() == kDocument);
+    return failed;
+  });
+}
+
+TEST(OutOfMemory, ALogKeepsItsBackups) {
+  const Testing::DiagnosticsRecorder lost_lines;
+  ForEachAllocation([](std::size_t number) {
+    const Testing::TempFolder folder;
+    Testing::WriteFile(folder / L"agent.log", "a");
+    Testing::WriteFile(folder / L"agent_1.log", "b");
+    Testing::WriteFile(folder / L"agent_2.log", "c");
+    FileAppender log(folder / L"agent.log");
+    log.SetMaxFileSize(-1);
+    const auto append = [&log] {
+      try {
+        log.AppendLine(L"x");
+      } catch (const FileSystemException&) {
+      }
+    };
+    const bool failed = RunWithFailure(number, append).failed;
+    std::string kept;
+    for (const wchar_t* name : {L"agent.log", L"agent_1.log", L"agent_2.log", L"agent_3.log"}) {
+      kept += Testing::ReadFile(folder / name);
+    }
+    std::erase_if(kept, [](char c) { return c < 'a' || c > 'c'; });
+    EXPECT_EQ(kept, "abc");
     return failed;
   });
 }

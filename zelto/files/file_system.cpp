@@ -28,6 +28,15 @@ bool IsFolder(const std::wstring& path) noexcept {
   }
 }
 
+// Whether something stands at the path, and what.
+bool Find(const std::wstring& path, Platform::FileFacts& facts) {
+  const Platform::ErrorCode code = Platform::QueryFile(path, facts);
+  if (code != Platform::kSuccess && !IsMissing(code)) {
+    ThrowFailure("Can't get file size", path, {}, code);
+  }
+  return code == Platform::kSuccess;
+}
+
 // The result of making a folder that is wanted and may have been made by others meanwhile.
 Platform::ErrorCode MakeFolder(const std::wstring& folder) noexcept {
   const Platform::ErrorCode code = Platform::CreateFolder(folder);
@@ -73,18 +82,14 @@ void EnsureFolder(const std::wstring& folder) {
   }
 }
 
-bool FileExists(const std::wstring& path) noexcept {
+bool FileExists(const std::wstring& path) {
   Platform::FileFacts facts;
-  return Platform::QueryFile(path, facts) == Platform::kSuccess && !facts.is_folder;
+  return Find(path, facts) && !facts.is_folder;
 }
 
 std::uint64_t FileSize(const std::wstring& path) {
   Platform::FileFacts facts;
-  const Platform::ErrorCode code = Platform::QueryFile(path, facts);
-  if (code != Platform::kSuccess && !IsMissing(code)) {
-    ThrowFailure("Can't get file size", path, {}, code);
-  }
-  return facts.size;
+  return Find(path, facts) ? facts.size : 0;
 }
 
 void MoveFileReplacing(const std::wstring& from, const std::wstring& to) {

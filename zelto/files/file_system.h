@@ -20,8 +20,11 @@ std::wstring FolderOf(std::wstring_view path);
 /// @throws FileSystemException, Win32Exception  "Can't create directory"
 void EnsureFolder(const std::wstring& folder);
 
-/// Whether something that is not a folder stands at the path. False too when the system does not let us see.
-bool FileExists(const std::wstring& path) noexcept;
+/// Whether something that is not a folder stands at the path.
+///
+/// @throws FileSystemException, Win32Exception  "Can't get file size": the system does not tell. A file that is there
+///                                              all the same would be replaced.
+bool FileExists(const std::wstring& path);
 
 /// Size in bytes; 0 when nothing, a folder or a link stands at the path.
 ///
