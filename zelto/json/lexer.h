@@ -25,7 +25,8 @@ class UnitStack;
 class ZELTO_API Lexer {
  public:
   /// Puts the next line into its argument, without a line end, and returns true; returns false at the end of the input.
-  /// It is handed the line before, at first an empty string.
+  /// It is handed the line before, at first an empty string. What it throws comes out of the operation that wanted the
+  /// line; the next one asks again. It must leave the lexer alone.
   using LineSource = std::function<bool(std::wstring&)>;
 
   Lexer() = default;
