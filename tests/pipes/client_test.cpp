@@ -128,6 +128,28 @@ TEST(PipeClient, TimesOutAndGoesOn) {
   EXPECT_EQ(Read(pair.server).text, "after");
 }
 
+// An answer may come just when the look for it ends.
+TEST(PipeClient, MayPollWithoutLosingAnAnswer) {
+  const EchoServer echo;
+  echo.Start();
+  const auto client = OpenClient(echo.name);
+  for (int i = 0; i < 200; ++i) {
+    client->SetTimeout(kLimitMs);
+    client->WriteMessage(std::to_wstring(i)).get();
+    client->SetTimeout(0);
+    std::wstring answer;
+    ASSERT_TRUE(Eventually([&] {
+      try {
+        answer = client->ReadMessage().get();
+      } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), kReadTimeout);
+      }
+      return !answer.empty();
+    }));
+    ASSERT_EQ(answer, L"0:" + std::to_wstring(i));
+  }
+}
+
 TEST(PipeClient, TellsThatTheServerHasGone) {
   {
     BareServerAndClient pair;

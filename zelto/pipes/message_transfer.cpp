@@ -12,6 +12,10 @@ namespace {
 using Platform::ErrorCode;
 using Platform::PipeOperation;
 
+bool Succeeded(ErrorCode code) noexcept {
+  return code == Platform::kSuccess || code == Platform::kMoreData;
+}
+
 /// Waits for an operation that may be pending and finishes it, or cancels it.
 TransferResult Complete(PipeOperation& operation, const TransferLimits& limits, std::uint32_t& transferred) noexcept {
   if (operation.IsPending()) {
@@ -25,6 +29,10 @@ TransferResult Complete(PipeOperation& operation, const TransferLimits& limits, 
       operation.Cancel();
       switch (ready) {
         case Platform::kWaitTimeout:
+          // What ended before it could be cancelled has taken its message from the pipe, or put it there.
+          if (const ErrorCode code = operation.Finish(transferred); Succeeded(code)) {
+            return {TransferStatus::Done, code};
+          }
           return {TransferStatus::TimedOut, Platform::kTimeout};
         case 1:
           return {TransferStatus::Stopped, Platform::kOperationAborted};
@@ -34,11 +42,10 @@ TransferResult Complete(PipeOperation& operation, const TransferLimits& limits, 
     }
   }
   const ErrorCode code = operation.Finish(transferred);
-  const bool succeeded = code == Platform::kSuccess || code == Platform::kMoreData;
-  if (!succeeded) {
+  if (!Succeeded(code)) {
     operation.Cancel();
   }
-  return {succeeded ? TransferStatus::Done : TransferStatus::Failed, code};
+  return {Succeeded(code) ? TransferStatus::Done : TransferStatus::Failed, code};
 }
 
 }  // namespace
