@@ -135,11 +135,15 @@ TEST(PipeHostility, SocketsThatLingerHoldNobodyUp) {
   const int first = LingeringSocket(address);
   const int last = LingeringSocket(address);
   const int behind = LingeringSocket(address);
+  const int queued = LingeringSocket(address);
   Pair pair("linger");
   const int socket = Native(pair.client);
   EXPECT_EQ(SendRaw(socket, "", {first, listener, listener, last}), 0);
   EXPECT_EQ(SendRaw(socket, "", {behind}), 0);
-  for (const int sent : {first, last, behind}) {
+  SharedHandle waiting;
+  ASSERT_EQ(OpenPipe(pair.name, waiting), kSuccess);
+  EXPECT_EQ(SendRaw(Native(waiting), "", {queued}), 0);
+  for (const int sent : {first, last, behind, queued}) {
     ::close(sent);  // takes no time: on its way each has another owner
   }
   const auto start = std::chrono::steady_clock::now();

@@ -72,7 +72,8 @@ PipeEnd::PipeEnd(int borrowed) noexcept : socket_(borrowed), owned_(false) {}
 
 PipeEnd::~PipeEnd() {
   if (owned_ && socket_ >= 0) {
-    if (disconnected_) {
+    if (IsServer()) {
+      Disconnect();
       DropPackets(socket_);
     }
     ::close(socket_);

@@ -43,6 +43,12 @@ bool IsSameFile(const std::string& path, int opened) noexcept {
          there.st_ino == ours.st_ino;
 }
 
+// Ends a connection that no instance takes.
+void TurnAway(int client) noexcept {
+  ::shutdown(client, SHUT_RDWR);
+  DropPackets(client);
+}
+
 }  // namespace
 
 void PipeListenerRelease::operator()(PipeListener* listener) const noexcept {
@@ -93,6 +99,20 @@ PipeListener::~PipeListener() {
       ::unlink(socket_path_.c_str());
     }
     ::unlink(lock_path_.c_str());
+  }
+  TurnAllAway();
+}
+
+// The system would drop what clients in the queue have sent, as it does when their own socket is closed.
+void PipeListener::TurnAllAway() const noexcept {
+  ::shutdown(socket_.Get(), SHUT_RDWR);  // nobody joins the queue any more
+  while (true) {
+    const UniqueDescriptor client(::accept4(socket_.Get(), nullptr, nullptr, SOCK_CLOEXEC));
+    if (client) {
+      TurnAway(client.Get());
+    } else if (errno != EINTR && errno != ECONNABORTED) {
+      return;
+    }
   }
 }
 
@@ -185,6 +205,7 @@ ErrorCode PipeListener::Accept(UniqueDescriptor& client) const noexcept {
       client = std::move(accepted);
       return kSuccess;
     }
+    TurnAway(accepted.Get());
   }
 }
 

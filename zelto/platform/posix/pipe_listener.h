@@ -43,6 +43,7 @@ class PipeListener {
   ErrorCode ListenIn(const std::string& directory);
   ErrorCode Lock();
   ErrorCode Bind();
+  void TurnAllAway() const noexcept;
 
   const std::string file_;
   const std::uint32_t maximum_instances_;
