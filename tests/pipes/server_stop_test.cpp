@@ -78,6 +78,27 @@ TEST(PipeServer, MayBeStoppedByItsOwnCallbacks) {
   }
 }
 
+TEST(PipeServer, MayBeStoppedInsideAnothersCallbackInsideItsOwn) {
+  Counter inside;
+  const EchoServer outer;
+  const EchoServer inner;
+  inner.server->SetReceiveCallBack([&](unsigned int, const std::wstring& message) {
+    outer.server->Stop();
+    return message;
+  });
+  outer.server->SetReceiveCallBack([&](unsigned int id, const std::wstring& message) {
+    inside.Add();
+    EXPECT_TRUE(inside.WaitFor(2));  // two threads that must not wait for each other
+    return inner.server->CallMessageReceivedCallback(id, message);
+  });
+  outer.Start();
+  for (int client = 0; client < 2; ++client) {
+    OpenClient(outer.name)->WriteMessage(L"x").get();
+  }
+  EXPECT_TRUE(inside.WaitFor(2));
+  outer.server->Stop();
+}
+
 TEST(PipeServer, StoppedByACallbackItTakesNoClients) {
   const EchoServer echo;
   echo.server->SetReceiveCallBack([&](unsigned int, const std::wstring& message) {

@@ -50,23 +50,31 @@ struct MultiClientNamedPipeServer::Session {
   }
 };
 
-/// Marks the thread as running a callback of a server.
+/// Marks the thread as running a callback of a server, which may lie inside a callback of another.
 class MultiClientNamedPipeServer::CallbackScope {
  public:
   explicit CallbackScope(const MultiClientNamedPipeServer& server) noexcept
-      : before_(std::exchange(current_, &server)) {}
-  ~CallbackScope() { current_ = before_; }
+      : server_(&server), around_(std::exchange(innermost_, this)) {}
+  ~CallbackScope() { innermost_ = around_; }
   CallbackScope(const CallbackScope&) = delete;
   CallbackScope& operator=(const CallbackScope&) = delete;
 
-  static bool IsInside(const MultiClientNamedPipeServer& server) noexcept { return current_ == &server; }
+  static bool IsInside(const MultiClientNamedPipeServer& server) noexcept {
+    const CallbackScope* scope = innermost_;
+    while (scope != nullptr && scope->server_ != &server) {
+      scope = scope->around_;
+    }
+    return scope != nullptr;
+  }
 
  private:
-  static thread_local const MultiClientNamedPipeServer* current_;
-  const MultiClientNamedPipeServer* before_;
+  static thread_local const CallbackScope* innermost_;
+  const MultiClientNamedPipeServer* const server_;
+  const CallbackScope* const around_;
 };
 
-thread_local const MultiClientNamedPipeServer* MultiClientNamedPipeServer::CallbackScope::current_ = nullptr;
+thread_local const MultiClientNamedPipeServer::CallbackScope* MultiClientNamedPipeServer::CallbackScope::innermost_ =
+    nullptr;
 
 std::shared_ptr<MultiClientNamedPipeServer> MultiClientNamedPipeServer::Create(
     const std::wstring& pipe_name, MessageReceivedCallback message_received, NamedPipeMessageEncoding encoding,
