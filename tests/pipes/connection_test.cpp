@@ -57,5 +57,22 @@ TEST(PipeServerConnection, StoppedAndStartedByItsCallbackItDropsItsClientOnce) {
   EXPECT_EQ(dropped.Value(), 1);
 }
 
+TEST(PipeServerConnection, StoppedAndStartedByItsCallbackItsThreadsEndTogether) {
+  for (int round = 0; round < 50; ++round) {
+    ActiveNamedPipeServerConnection* self = nullptr;
+    const LoneConnection lone(
+        [&](unsigned int, const std::wstring&) {
+          self->Stop();
+          self->Start();
+          return std::wstring();
+        },
+        [](unsigned int) {});
+    self = lone.connection.get();
+    self->Start();
+    lone.client->WriteMessage(L"x").get();
+    ASSERT_TRUE(Eventually([&] { return self->HasEnded(); }));
+  }
+}
+
 }  // namespace
 }  // namespace Zelto::Utilities

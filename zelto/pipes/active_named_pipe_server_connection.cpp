@@ -88,11 +88,13 @@ void ActiveNamedPipeServerConnection::Stop() {
 
 void ActiveNamedPipeServerConnection::RequestStop() noexcept {
   current_run_ = kNoRun;
-  {
-    const std::lock_guard guard(pipe_lock_);
-    Platform::DisconnectPipe(instance_->pipe);
-  }
+  Disconnect();
   Platform::SignalEvent(stop_event_);
+}
+
+void ActiveNamedPipeServerConnection::Disconnect() noexcept {
+  const std::lock_guard guard(pipe_lock_);
+  Platform::DisconnectPipe(instance_->pipe);
 }
 
 void ActiveNamedPipeServerConnection::Release(std::thread thread) noexcept {
@@ -113,7 +115,7 @@ void ActiveNamedPipeServerConnection::Run(std::uint64_t run) noexcept {
   } catch (...) {
     ReportCurrentException(L"Exception reading data from client");
   }
-  Platform::DisconnectPipe(instance_->pipe);
+  Disconnect();
   if (current_run_ == run) {
     try {
       client_dropped_(id_);

@@ -101,6 +101,7 @@ class ZELTO_API ActiveNamedPipeServerConnection final : public IActiveNamedPipeS
                                   std::uint32_t buffer_size, NamedPipeMessageEncoding encoding,
                                   MessageReceivedCallback message_received, ClientDroppedCallback client_dropped);
 
+  void Disconnect() noexcept;
   void Run(std::uint64_t run) noexcept;
   void ReceiveData(std::uint64_t run);
   bool ReadMessage(AsyncIOBuffer& buffer, std::wstring& message);
