@@ -1,5 +1,6 @@
 #include "tests/faults/failing_allocations.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <limits>
 #include <new>
@@ -12,12 +13,17 @@ constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
 thread_local std::size_t left = kNever;  // allocations until one fails
 thread_local bool failed = false;
 thread_local std::ptrdiff_t live_blocks = 0;
+thread_local bool has_memory = false;  // whatever happens to other threads
+std::atomic<bool> memory_elsewhere = true;
 
 }  // namespace
 
 void* Allocate(std::size_t size, std::size_t alignment) {
   if (left != kNever && !failed && left-- == 0) {
     failed = true;
+    throw std::bad_alloc();
+  }
+  if (!memory_elsewhere && !has_memory) {
     throw std::bad_alloc();
   }
   void* const block = std::aligned_alloc(alignment, (size + alignment) / alignment * alignment);
@@ -45,6 +51,16 @@ AllocationOutcome RunWithFailure(std::size_t before, const std::function<void()>
   left = kNever;
   outcome.failed = failed;
   return outcome;
+}
+
+NoMemoryElsewhere::NoMemoryElsewhere() {
+  has_memory = true;
+  memory_elsewhere = false;
+}
+
+NoMemoryElsewhere::~NoMemoryElsewhere() {
+  memory_elsewhere = true;
+  has_memory = false;
 }
 
 std::ptrdiff_t LiveBlocks() {

@@ -1,5 +1,5 @@
 /// @file
-/// Memory that runs out on demand, for this thread.
+/// Memory that runs out on demand, for this thread or for the others.
 #pragma once
 
 #include <cstddef>
@@ -14,6 +14,15 @@ struct AllocationOutcome {
 
 /// Runs `act` with one allocation of this thread failing: the one that `before` others precede.
 AllocationOutcome RunWithFailure(std::size_t before, const std::function<void()>& act);
+
+/// While it lives, no other thread of the process can allocate.
+class NoMemoryElsewhere {
+ public:
+  NoMemoryElsewhere();
+  ~NoMemoryElsewhere();
+  NoMemoryElsewhere(const NoMemoryElsewhere&) = delete;
+  NoMemoryElsewhere& operator=(const NoMemoryElsewhere&) = delete;
+};
 
 /// How many blocks of this thread have been allocated and not freed, wherever they were.
 std::ptrdiff_t LiveBlocks();

@@ -1,6 +1,7 @@
 // What the text and JSON rooms do when an allocation fails, each one in turn: they throw `std::bad_alloc`, keep their
-// promises about what stays unchanged, and lose nothing. Nor does a log lose a backup.
+// promises about what stays unchanged, and lose nothing. Nor does a log lose a backup, or a pipe a write that it took.
 #include "tests/faults/failing_allocations.h"
+#include "tests/pipes/pipe_fixture.h"
 #include "tests/support/diagnostics_recorder.h"
 #include "tests/support/temp_folder.h"
 #include "zelto/files/file_appender.h"
@@ -265,6 +266,31 @@ TEST(OutOfMemory, ALogKeepsItsBackups) {
     EXPECT_EQ(kept, "abc");
     return failed;
   });
+}
+
+TEST(OutOfMemory, AWriteThatNobodyWaitsForIsRefusedAndTheOthersAreSent) {
+  const std::wstring message(50000, L'd');
+  const BareServerAndClient pair;
+  int written = 0;
+  const auto write = [&] {
+    pair.client->WriteMessage(message, false).get();  // all but a few stay pending
+    ++written;
+  };
+  while (written < 24) {
+    write();
+  }
+  {
+    const Testing::NoMemoryElsewhere none;
+    const auto write_on = [&] {
+      while (written < 100) {
+        write();
+      }
+    };
+    ExpectWin32Failure(write_on, "Error writing to named pipe", Platform::kNotEnoughMemory);
+  }
+  for (int i = 0; i < written; ++i) {
+    ASSERT_EQ(Read(pair.server).text.size(), message.size());
+  }
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "zelto/pipes/detached_writer.h"
 
-#include "zelto/text/exceptions/win32_exception.h"
 #include "zelto/threading/event_access_control.h"
 #include "zelto/threading/failure_report.h"
 
@@ -91,8 +90,7 @@ void DetachedWriter::RunOnPool() noexcept {
 }
 
 void DetachedWriter::BeginNext(Lock& lock) noexcept {
-  pending_.push_back(std::move(fresh_.front()));
-  fresh_.pop_front();
+  pending_.splice(pending_.end(), fresh_, fresh_.begin());
   Item& item = *pending_.back();
   lock.unlock();
   item.operation.emplace(item.pipe, item.event, item.record);
@@ -119,8 +117,7 @@ void DetachedWriter::WaitForFirst(Lock& lock) noexcept {
     std::uint32_t count = 0;
     const ErrorCode code = item->operation->Finish(count);
     if (code != Platform::kSuccess) {
-      ReportFailure(L"A message that nobody waited for was not sent",
-                    Win32Exception("Error writing to named pipe", code));
+      ReportFailure(L"A message that nobody waited for was not sent", "Error writing to named pipe", code);
     }
     done = true;
   } else if (ready != 1) {

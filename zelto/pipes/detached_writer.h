@@ -11,7 +11,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -66,9 +66,10 @@ class DetachedWriter final : public PoolJob, public std::enable_shared_from_this
   std::mutex mutex_;
   std::condition_variable changed_;
   SharedHandle wake_;
-  std::deque<std::shared_ptr<Item>> fresh_;
-  std::deque<std::shared_ptr<Item>> pending_;  // only the thread of the pool changes it
-  std::optional<Clock::time_point> end_;       // writes still pending then are cancelled
+  // Lists, so that the thread of the pool, which must not fail, needs no memory to move a write on.
+  std::list<std::shared_ptr<Item>> fresh_;
+  std::list<std::shared_ptr<Item>> pending_;  // only the thread of the pool changes it
+  std::optional<Clock::time_point> end_;      // writes still pending then are cancelled
   std::uint32_t timeout_ms_ = 0;
   bool active_ = false;
 };

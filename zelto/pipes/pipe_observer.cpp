@@ -21,16 +21,14 @@ std::size_t InstancesToListenWith() noexcept {
 }  // namespace
 
 PipeObserver::PipeObserver(Platform::PipeSettings settings, SharedHandle stop, SharedHandle wake)
-    : settings_(std::move(settings)), stop_(std::move(stop)), wake_(std::move(wake)) {
-  listening_.reserve(InstancesToListenWith());
-}
+    : settings_(std::move(settings)), stop_(std::move(stop)), wake_(std::move(wake)) {}
 
 PipeObserver::~PipeObserver() {
   for (const Listening& instance : listening_) {
     Platform::DisconnectPipe(instance.instance->pipe);
   }
-  for (const std::shared_ptr<NamedPipeInstance>& client : connected_) {
-    Platform::DisconnectPipe(client->pipe);
+  for (const Listening& client : connected_) {
+    Platform::DisconnectPipe(client.instance->pipe);
   }
 }
 
@@ -43,7 +41,7 @@ std::shared_ptr<NamedPipeInstance> PipeObserver::WaitForNewClient(std::uint32_t 
   if (connected_.empty()) {
     return nullptr;
   }
-  std::shared_ptr<NamedPipeInstance> client = std::move(connected_.front());
+  std::shared_ptr<NamedPipeInstance> client = std::move(connected_.front().instance);
   connected_.pop_front();
   return client;
 }
@@ -65,27 +63,27 @@ void PipeObserver::TakeConnected() {
   bool taken = true;
   while (taken && connected_.size() < MultiClientNamedPipeServer::LISTENING_INSTANCES) {
     taken = false;
-    std::erase_if(listening_, [&](const Listening& instance) {
+    for (auto next = listening_.begin(); next != listening_.end();) {
+      const auto instance = next++;
       std::uint32_t unused = 0;
-      const Platform::ErrorCode code = instance.connecting->Finish(unused);
-      if (code == Platform::kIoIncomplete) {
-        return false;
-      }
+      const Platform::ErrorCode code = instance->connecting->Finish(unused);
       if (code == Platform::kSuccess) {
-        connected_.push_back(instance.instance);
+        connected_.splice(connected_.end(), listening_, instance);
         taken = true;
-      } else {
+      } else if (code != Platform::kIoIncomplete) {
         ReportFailure(L"A client is lost",
-                      Win32Exception("Error reading pending IO from named pipe while connecting. Error Code:", code));
+                      "Error reading pending IO from named pipe while connecting. Error Code:", code);
+        listening_.erase(instance);
       }
-      return true;
-    });
+    }
     ListenAgain();
   }
 }
 
-PipeObserver::Listening PipeObserver::Connect() {
-  Listening listening{std::make_shared<NamedPipeInstance>(), nullptr};
+void PipeObserver::Connect() {
+  std::list<Listening> made(1);
+  Listening& listening = made.front();
+  listening.instance = std::make_shared<NamedPipeInstance>();
   NamedPipeInstance& instance = *listening.instance;
   if (const Platform::ErrorCode error = Platform::CreatePipeInstance(settings_, instance.pipe);
       error != Platform::kSuccess) {
@@ -97,7 +95,7 @@ PipeObserver::Listening PipeObserver::Connect() {
   if (error != Platform::kPipeConnected && error != Platform::kIoPending) {
     throw Win32Exception("can't connect to client:", error);
   }
-  return listening;
+  listening_.splice(listening_.end(), made);
 }
 
 void PipeObserver::ListenAgain() noexcept {
@@ -106,7 +104,7 @@ void PipeObserver::ListenAgain() noexcept {
   }
   try {
     while (listening_.size() < InstancesToListenWith()) {
-      listening_.push_back(Connect());
+      Connect();
       failures_ = 0;
     }
   } catch (...) {

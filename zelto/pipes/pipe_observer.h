@@ -8,9 +8,8 @@
 
 #include <chrono>
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <memory>
-#include <vector>
 
 namespace Zelto::Utilities {
 
@@ -43,7 +42,7 @@ class PipeObserver {
     std::unique_ptr<Platform::PipeOperation> connecting;
   };
 
-  Listening Connect();
+  void Connect();
   void Wait(std::uint32_t timeout_ms);
   void TakeConnected();
   std::uint32_t UntilRetry(std::uint32_t timeout_ms) const noexcept;
@@ -53,8 +52,9 @@ class PipeObserver {
   const SharedHandle stop_;
   const SharedHandle wake_;
   SharedHandle latest_;  // keeps the pipe's name, and clients that wait for it, while no instance can listen
-  std::vector<Listening> listening_;
-  std::deque<std::shared_ptr<NamedPipeInstance>> connected_;
+  // Lists, so that a client who has connected needs no memory to be moved on.
+  std::list<Listening> listening_;
+  std::list<Listening> connected_;
   std::uint32_t failures_ = 0;
   Clock::time_point retry_at_;
 };

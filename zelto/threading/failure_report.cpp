@@ -1,6 +1,7 @@
 #include "zelto/threading/failure_report.h"
 
 #include "zelto/text/diagnostics.h"
+#include "zelto/text/exceptions/win32_exception.h"
 
 #include <string>
 
@@ -22,6 +23,14 @@ void ReportFailure(std::wstring_view what, const std::exception& error) noexcept
     }
     ReportFailure(text);
   } catch (...) {
+    ReportFailure(what);
+  }
+}
+
+void ReportFailure(std::wstring_view what, const char* message, std::uint32_t code) noexcept {
+  try {
+    ReportFailure(what, Win32Exception(message, code));
+  } catch (...) {  // no memory for the exception
     ReportFailure(what);
   }
 }
