@@ -42,12 +42,20 @@ int main(int argc, char** argv) try {
 
   ThreadPool pool(2);
   pool.Start();
+  ConcurrentQueue<fs::path> found;
   ConcurrentQueue<std::wstring> described;
   std::map<fs::path, std::uintmax_t> known;
+  std::size_t lines = 0;
 
+  // Of a burst of tasks some may stay in the pool's queue: a task takes all files that there are.
+  const auto describe = [&] {
+    for (fs::path file; found.TryPop(file);) {
+      described.Push(Describe(file));
+    }
+  };
   // One appender is for one thread at a time: the workers leave their lines in a queue.
   const auto write = [&] {
-    for (std::wstring line; described.TryPop(line);) {
+    for (std::wstring line; described.TryPop(line); ++lines) {
       log.AppendLine(line);
     }
   };
@@ -56,8 +64,11 @@ int main(int argc, char** argv) try {
         for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
           if (entry.is_regular_file() && entry.file_size() + 1 > known[entry.path()]) {
             known[entry.path()] = entry.file_size() + 1;  // 0: not known
-            pool.ScheduleTask([&described, file = entry.path()] { described.Push(Describe(file)); });
+            found.Push(entry.path());
           }
+        }
+        if (found.Size() != 0) {
+          pool.ScheduleTask(describe);
         }
         write();
       },
@@ -70,7 +81,7 @@ int main(int argc, char** argv) try {
   for (const std::exception_ptr& thrown : timer.ResetExceptions()) {
     std::rethrow_exception(thrown);  // such as a folder that is not there
   }
-  std::cout << known.size() << " files described" << std::endl;
+  std::cout << lines << " files described" << std::endl;
 } catch (const std::exception& failure) {
   std::cerr << "zelto_watcher: " << failure.what() << std::endl;
   return 1;
