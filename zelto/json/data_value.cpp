@@ -68,7 +68,7 @@ DataValue::DataValue(const DataValue& other) : units_{} {
   form_ = other.form_;
 }
 
-DataValue::DataValue(DataValue&& other) : units_{} {
+DataValue::DataValue(DataValue&& other) noexcept(false) : units_{} {
   ValueAccess::Own(other);
   TakeFrom(other);
 }
@@ -81,7 +81,7 @@ DataValue& DataValue::operator=(const DataValue& other) {
   return *this;
 }
 
-DataValue& DataValue::operator=(DataValue&& other) {
+DataValue& DataValue::operator=(DataValue&& other) noexcept(false) {
   if (this != &other) {
     ValueAccess::Own(other);
     // The old contents go last: `other` may be part of a nested object that only they keep alive.

@@ -55,9 +55,9 @@ class ZELTO_API DataValue {
   DataValue(const DataValue& other);
   /// Leaves a null behind. Texts that stand in the memory of a document are copied out of it, so this may throw; then
   /// both values are as before.
-  DataValue(DataValue&& other);
+  DataValue(DataValue&& other) noexcept(false);
   DataValue& operator=(const DataValue& other);
-  DataValue& operator=(DataValue&& other);
+  DataValue& operator=(DataValue&& other) noexcept(false);
   ~DataValue() {
     if (form_ != Form::kEmpty) {
       Release();
