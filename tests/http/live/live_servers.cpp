@@ -4,6 +4,7 @@
 #include "tests/support/counter.h"
 
 #include <chrono>
+#include <cstdlib>
 #include <functional>
 #include <stdexcept>
 
@@ -49,7 +50,7 @@ constexpr char kNginx[] = R"(daemon off;
     access_log off;
     client_max_body_size 0;
     default_type text/plain;
-    root ROOT;
+    root "ROOT";
     server {
       listen 127.0.0.1:ELSEWHERE_PORT ssl;
       ssl_certificate elsewhere.chain;
@@ -104,8 +105,12 @@ LiveServers& LiveServers::Get() {
 }
 
 LiveServers::LiveServers() : echo_(Echo) {
+  for (const char* name :
+       {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY", "no_proxy", "NO_PROXY"}) {
+    ::unsetenv(name);
+  }
   const std::string folder = folder_.Path();
-  if (const Result made = Run("cd " + folder + kMakeCertificates); made.status != 0) {
+  if (const Result made = Run("cd '" + folder + "'" + kMakeCertificates); made.status != 0) {
     throw std::runtime_error(made.text);
   }
   Serve(L"small", "small");

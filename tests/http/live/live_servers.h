@@ -1,5 +1,6 @@
 /// @file
-/// Real servers on free loopback ports: nginx with HTTP and HTTPS, and tinyproxy. They run for the whole test program.
+/// Real servers on free loopback ports: nginx with HTTP and HTTPS, and tinyproxy. They run for the whole test program,
+/// which has no proxies in its environment then.
 #pragma once
 
 #include "tests/http/live/loopback_server.h"
