@@ -46,7 +46,8 @@ class SystemProxyRules;
 /// **Threads.** An object serves one thread at a time. Several objects work on several threads, and may be made and
 /// destroyed while others transfer. Within its own receive callback an object takes no request, gives up no headers and
 /// takes no other callback: `std::runtime_error` "A request is under way"; and it must not be destroyed there. On Linux
-/// a thread has SIGPIPE blocked while libcurl works on it, also in the callback: no server can end the process by it.
+/// a thread has SIGPIPE blocked while libcurl works with TLS on it, also in the callback: no server can end the process
+/// by it.
 ///
 /// Example:
 ///
@@ -219,6 +220,7 @@ class ZELTO_API CurlWrapper : public ICurlWrapper {
   std::unique_ptr<LastAddress> last_address_;      // null when it held user and password
   std::vector<std::string> session_certificates_;  // those that the session's open connections were verified with
   bool session_used_ = false;
+  bool uses_tls_ = false;         // now, or in an earlier request
   bool is_transferring_ = false;  // libcurl is at work, with pointers to what is here
 };
 

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace Zelto::Utilities {
@@ -121,6 +122,8 @@ void CurlWrapper::Transfer::SetTimeouts() {
 
 void CurlWrapper::Transfer::SetProxy() {
   Proxy proxy = ChooseProxy();
+  session_.uses_tls_ = session_.uses_tls_ || session_.last_address_->address.scheme == "https" ||
+                       proxy.host.find("://") != std::string::npos;
   // Empty texts keep libcurl from looking into the environment.
   SetWhereKnown(CURLOPT_NOPROXY, "");
   if (proxy.host.empty()) {
@@ -213,7 +216,11 @@ void CurlWrapper::Transfer::SetReceiver() {
 void CurlWrapper::Transfer::Perform() {
   session_.is_transferring_ = true;
   const CURLcode result = [this] {
-    const Platform::PipeSignalGuard guard;  // CURLOPT_NOSIGNAL tells libcurl not to see to it
+    // libcurl writes without the signal; OpenSSL does not, also when a connection of an earlier request is closed.
+    std::optional<Platform::PipeSignalGuard> guard;
+    if (session_.uses_tls_) {
+      guard.emplace();
+    }
     return curl_.curl_easy_perform(session_.session_);
   }();
   session_.is_transferring_ = false;

@@ -16,6 +16,7 @@ TEST_F(StandInSession, SurvivesThePipeSignalOfLibcurlAndLeavesTheThreadsMaskAsIt
   {
     Session session(Directory());
     session.ExecuteGetRequest(L"https://h/");
+    session.ExecuteGetRequest(L"http://h/");  // which may close the other connection
     session.AddCertificate("PEM");
     session.ExecuteGetRequest(L"https://h/");  // in a new handle: the old one goes
   }
