@@ -87,7 +87,8 @@ class ZELTO_API AppendFile {
   /// Adds bytes at the end that the file has then, in one write, so that bytes of other writers stand before or behind
   /// them. When the system took only a part, that part is cut off again, unless somebody has appended behind it.
   /// Windows: `WriteFile`, with a byte behind the end locked meanwhile where the file may be read: somebody who holds
-  /// that lock delays the write by up to 250 ms. Linux: `write`.
+  /// that lock delays the write by up to 250 ms. Linux: `write`; a limit of file sizes (`RLIMIT_FSIZE`) is an error and
+  /// no SIGXFSZ.
   ///
   /// @param bytes  at most 0x7FFFF000 of them, the most that Linux takes in one write
   /// @return 0 when the system has taken all; `kDiskFull` when it took a part; `kInvalidParameter` when there are too

@@ -4,10 +4,13 @@
 #include "zelto/platform/posix/system_path.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
+#include <ctime>
 
 namespace Zelto::Platform {
 namespace {
@@ -22,6 +25,41 @@ ErrorCode CodeOf(int result) noexcept {
   return result == 0 ? kSuccess : CodeFromErrno(errno);
 }
 
+// A write at the process's limit of file sizes raises SIGXFSZ, which would end the process. Under such a limit the
+// signal is held back, and taken away again.
+class FileSizeSignalGuard {
+ public:
+  FileSizeSignalGuard() noexcept {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) {
+      return;
+    }
+    sigset_t pending;
+    ::sigemptyset(&signal_);
+    ::sigaddset(&signal_, SIGXFSZ);
+    active_ = ::sigpending(&pending) == 0 && ::sigismember(&pending, SIGXFSZ) == 0 &&
+              ::pthread_sigmask(SIG_BLOCK, &signal_, &before_) == 0;
+  }
+  FileSizeSignalGuard(const FileSizeSignalGuard&) = delete;
+  FileSizeSignalGuard& operator=(const FileSizeSignalGuard&) = delete;
+  ~FileSizeSignalGuard() {
+    if (!active_) {
+      return;
+    }
+    const int error = errno;
+    const timespec at_once{};
+    while (::sigtimedwait(&signal_, nullptr, &at_once) < 0 && errno == EINTR) {
+    }
+    ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    errno = error;
+  }
+
+ private:
+  sigset_t signal_;
+  sigset_t before_;
+  bool active_ = false;  // one that is pending already is blocked already, and not ours to take
+};
+
 // What is torn stays torn when somebody has appended behind it: cutting there would cost their bytes.
 void CutBack(int descriptor, off_t count) noexcept {
   const off_t end = ::lseek(descriptor, 0, SEEK_CUR);
@@ -29,6 +67,15 @@ void CutBack(int descriptor, off_t count) noexcept {
   if (end >= count && ::fstat(descriptor, &status) == 0 && status.st_size == end) {
     [[maybe_unused]] const int result = ::ftruncate(descriptor, end - count);
   }
+}
+
+ssize_t Write(int descriptor, std::string_view bytes) noexcept {
+  const FileSizeSignalGuard guard;
+  ssize_t written = 0;
+  do {
+    written = ::write(descriptor, bytes.data(), bytes.size());
+  } while (written < 0 && errno == EINTR);
+  return written;
 }
 
 // Whether a descriptor is an ordinary file's, and its size. The times of the file are left out on purpose: some file
@@ -125,10 +172,7 @@ ErrorCode AppendFile::Append(std::string_view bytes) noexcept {
     return kInvalidParameter;
   }
   const int descriptor = static_cast<int>(handle_);
-  ssize_t written = 0;
-  do {
-    written = ::write(descriptor, bytes.data(), bytes.size());
-  } while (written < 0 && errno == EINTR);
+  const ssize_t written = Write(descriptor, bytes);
   if (written < 0) {
     return CodeFromErrno(errno);
   }
