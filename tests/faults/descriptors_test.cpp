@@ -10,6 +10,9 @@
 #include "zelto/threading/timer.h"
 #include "zelto/threading/timer_thread.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <functional>
 
 namespace Zelto::Utilities {
@@ -114,6 +117,20 @@ TEST(OutOfDescriptors, ALargeMessageFailsAndTheServerGoesOn) {
     EXPECT_TRUE(Ask(*client, large).ends_with(large));
   }
   EXPECT_TRUE(Eventually([&] { return CountProcessResources().handles <= before; }));
+}
+
+// A service without a standard input has a number free that no handle may have.
+TEST(OutOfDescriptors, ALargeMessageIsNotTakenForAnEmptyOne) {
+  const Platform::Testing::Pair pair("no-input");
+  ASSERT_EQ(Write(pair.client, std::string(100000, 'x')), Platform::kSuccess);
+  const int input = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  {
+    const DescriptorLimit none(0);
+    ::close(STDIN_FILENO);
+    EXPECT_EQ(Read(pair.server).code, Platform::kTooManyOpenFiles);
+    ::dup2(input, STDIN_FILENO);
+  }
+  ::close(input);
 }
 
 TEST(OutOfDescriptors, ALogLosesALineAndSaysSo) {

@@ -137,6 +137,9 @@ ErrorCode ReceivePacket(int socket, std::span<iovec> buffers, bool wait, Packet&
       (header.msg_flags & MSG_TRUNC) != 0) {
     return kInvalidData;
   }
+  if (control.descriptors == 1 && !control.first) {
+    return kTooManyOpenFiles;  // it came as a standard stream, and there was no other number for it
+  }
   packet.size = static_cast<std::size_t>(received);
   packet.end = received == 0 && !control.credentials && control.descriptors == 0;
   packet.memory = std::move(control.first);
