@@ -85,7 +85,8 @@ class ZELTO_API MultiClientNamedPipeServer final : public IMultiClientNamedPipeS
   ///                          chunk has at most 0x7FFFFFFF units
   /// @param allow_everyone    every user may connect, and on Windows also make further instances of the pipe; otherwise
   ///                          only the server's user and root (Linux), or the server's user, administrators and the
-  ///                          system (Windows). More in docs/security.md.
+  ///                          system (Windows). Other users find a Linux server only if it may use /run/zelto. More
+  ///                          in docs/security.md.
   /// @param client_dropped    called once for each accepted client that goes away or is dropped; must be set: otherwise
   ///                          `std::bad_function_call` is reported in its place
   /// @throws std::runtime_error  "Named pipe name should not be empty"

@@ -28,7 +28,8 @@ struct PipeSettings {
   std::uint32_t default_timeout_ms = 0;   ///< Windows: of `WaitForFreePipe` with time-out 0; 0 means 50 ms
   /// Every user may connect, and on Windows also make further instances. Otherwise only the server's user and root
   /// (Linux), or the server's user, administrators and the system (Windows: others may read, but `OpenPipe` asks for
-  /// more).
+  /// more). Linux: a server that may not use /run/zelto has its pipe in a directory of its user, where others do not
+  /// look.
   bool allow_everyone = false;
 };
 
