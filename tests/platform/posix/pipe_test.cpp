@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -204,6 +205,18 @@ TEST(PipeServers, AnotherProcessKeepsItsNameAndADeadOneLosesIt) {
   EXPECT_EQ(OpenPipe(name, next), kSuccess);
   ::close(ready[0]);
   ::close(ready[1]);
+}
+
+TEST(PipeMessages, BeyondTheLimitOfFileSizesAreRefused) {
+  const Pair pair("file-limit");
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  const rlimit limit{100000, before.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+  EXPECT_EQ(Write(pair.client, std::string(100000, 'x')), kSuccess);
+  EXPECT_EQ(Write(pair.client, std::string(100001, 'x')), 223U) << "too large a file";
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  EXPECT_EQ(Read(pair.server).text.size(), 100000U);
 }
 
 TEST(PipeDescriptors, AreNeverStandardStreamsAndCloseOnExec) {

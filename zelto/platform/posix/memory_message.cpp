@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,9 +17,18 @@ constexpr int kSeals = F_SEAL_SEAL | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
 constexpr char kFileName[] = "zelto-message";
 constexpr unsigned kNotExecutable = 8;  // MFD_NOEXEC_SEAL, Linux 6.3; a system may insist on it
 
+// A write beyond the process's limit of file sizes, which holds for memory files too, would end the process.
+bool ExceedsFileLimit(std::uint32_t size) noexcept {
+  rlimit limit{};
+  return ::getrlimit(RLIMIT_FSIZE, &limit) == 0 && size > limit.rlim_cur;
+}
+
 }  // namespace
 
 ErrorCode MakeMemoryMessage(const void* data, std::uint32_t size, UniqueDescriptor& file) noexcept {
+  if (ExceedsFileLimit(size)) {
+    return CodeFromErrno(EFBIG);
+  }
   int made = ::memfd_create(kFileName, MFD_CLOEXEC | MFD_ALLOW_SEALING | kNotExecutable);
   if (made < 0 && errno == EINVAL) {
     made = ::memfd_create(kFileName, MFD_CLOEXEC | MFD_ALLOW_SEALING);
