@@ -67,7 +67,11 @@ std::wstring ReadDocument(const std::filesystem::path& path) {
   if (!file) {
     throw std::runtime_error("cannot be read");
   }
-  return StringUtilities::Utf8ToUtf16(bytes);
+  std::wstring document = StringUtilities::Utf8ToUtf16(bytes);
+  if (document.empty()) {
+    throw std::runtime_error("is empty");  // no server of the library answers an empty message
+  }
+  return document;
 }
 
 std::wstring Ask(AsyncNamedPipeClient& client, const std::wstring& message) {
