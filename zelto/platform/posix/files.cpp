@@ -1,5 +1,6 @@
 #include "zelto/platform/files.h"
 
+#include "zelto/platform/posix/blocked_signal.h"
 #include "zelto/platform/posix/errno_codes.h"
 #include "zelto/platform/posix/system_path.h"
 
@@ -10,7 +11,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <ctime>
 
 namespace Zelto::Platform {
 namespace {
@@ -25,40 +25,10 @@ ErrorCode CodeOf(int result) noexcept {
   return result == 0 ? kSuccess : CodeFromErrno(errno);
 }
 
-// A write at the process's limit of file sizes raises SIGXFSZ, which would end the process. Under such a limit the
-// signal is held back, and taken away again.
-class FileSizeSignalGuard {
- public:
-  FileSizeSignalGuard() noexcept {
-    rlimit limit{};
-    if (::getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) {
-      return;
-    }
-    sigset_t pending;
-    ::sigemptyset(&signal_);
-    ::sigaddset(&signal_, SIGXFSZ);
-    active_ = ::sigpending(&pending) == 0 && ::sigismember(&pending, SIGXFSZ) == 0 &&
-              ::pthread_sigmask(SIG_BLOCK, &signal_, &before_) == 0;
-  }
-  FileSizeSignalGuard(const FileSizeSignalGuard&) = delete;
-  FileSizeSignalGuard& operator=(const FileSizeSignalGuard&) = delete;
-  ~FileSizeSignalGuard() {
-    if (!active_) {
-      return;
-    }
-    const int error = errno;
-    const timespec at_once{};
-    while (::sigtimedwait(&signal_, nullptr, &at_once) < 0 && errno == EINTR) {
-    }
-    ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-    errno = error;
-  }
-
- private:
-  sigset_t signal_;
-  sigset_t before_;
-  bool active_ = false;  // one that is pending already is blocked already, and not ours to take
-};
+bool HasSizeLimit() noexcept {
+  rlimit limit{};
+  return ::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
+}
 
 // What is torn stays torn when somebody has appended behind it: cutting there would cost their bytes.
 void CutBack(int descriptor, off_t count) noexcept {
@@ -69,12 +39,16 @@ void CutBack(int descriptor, off_t count) noexcept {
   }
 }
 
+// A write at the process's limit of file sizes raises SIGXFSZ, which would end the process.
 ssize_t Write(int descriptor, std::string_view bytes) noexcept {
-  const FileSizeSignalGuard guard;
+  const bool blocked = HasSizeLimit() && BlockSignal(SIGXFSZ);
   ssize_t written = 0;
   do {
     written = ::write(descriptor, bytes.data(), bytes.size());
   } while (written < 0 && errno == EINTR);
+  if (blocked) {
+    UnblockSignal(SIGXFSZ);
+  }
   return written;
 }
 
