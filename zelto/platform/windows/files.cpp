@@ -125,6 +125,12 @@ bool IsLink(HANDLE file) noexcept {
          IsReparseTagNameSurrogate(info.ReparseTag);
 }
 
+bool IsSameFile(HANDLE file, const BY_HANDLE_FILE_INFORMATION& other) noexcept {
+  BY_HANDLE_FILE_INFORMATION info{};
+  return ::GetFileInformationByHandle(file, &info) && info.dwVolumeSerialNumber == other.dwVolumeSerialNumber &&
+         info.nFileIndexHigh == other.nFileIndexHigh && info.nFileIndexLow == other.nFileIndexLow;
+}
+
 // What is torn stays torn when somebody has appended behind it: cutting there would cost their bytes. The end can only
 // be set by a handle that may write anywhere.
 void CutBack(HANDLE file, DWORD count) noexcept {
@@ -202,7 +208,7 @@ ErrorCode AppendFile::Open(const std::wstring& path, Missing missing) noexcept {
     return name.Error();
   }
   const DWORD disposition = missing == Missing::Create ? OPEN_ALWAYS : OPEN_EXISTING;
-  HANDLE file = OpenForAppending(name, disposition, FILE_FLAG_OPEN_REPARSE_POINT);
+  const HANDLE file = OpenForAppending(name, disposition, FILE_FLAG_OPEN_REPARSE_POINT);
   if (file == INVALID_HANDLE_VALUE) {
     return ::GetLastError();
   }
@@ -213,16 +219,22 @@ ErrorCode AppendFile::Open(const std::wstring& path, Missing missing) noexcept {
     return kCantAccessFile;
   }
   if ((info.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
-    const bool link = IsLink(file);
-    Close();
-    if (link) {
+    if (IsLink(file)) {
+      Close();
       return kCantAccessFile;
     }
-    file = OpenForAppending(name, disposition, 0);
-    if (file == INVALID_HANDLE_VALUE) {
-      return ::GetLastError();
+    // What it stands for is opened by name, where somebody may have put another file meanwhile.
+    const HANDLE target = OpenForAppending(name, OPEN_EXISTING, 0);
+    const ErrorCode code = target == INVALID_HANDLE_VALUE ? ::GetLastError() : kSuccess;
+    Close();
+    if (code != kSuccess) {
+      return code;
     }
-    handle_ = reinterpret_cast<std::intptr_t>(file);
+    handle_ = reinterpret_cast<std::intptr_t>(target);
+    if (!IsSameFile(target, info)) {
+      Close();
+      return kCantAccessFile;
+    }
   }
   size_at_open_ = (static_cast<std::uint64_t>(info.nFileSizeHigh) << 32) | info.nFileSizeLow;
   return kSuccess;
