@@ -1,16 +1,14 @@
 #include "zelto/platform/files.h"
 
-#include "zelto/platform/posix/blocked_signal.h"
 #include "zelto/platform/posix/errno_codes.h"
+#include "zelto/platform/posix/file_write.h"
 #include "zelto/platform/posix/system_path.h"
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 
 namespace Zelto::Platform {
 namespace {
@@ -25,11 +23,6 @@ ErrorCode CodeOf(int result) noexcept {
   return result == 0 ? kSuccess : CodeFromErrno(errno);
 }
 
-bool HasSizeLimit() noexcept {
-  rlimit limit{};
-  return ::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
-}
-
 // What is torn stays torn when somebody has appended behind it: cutting there would cost their bytes.
 void CutBack(int descriptor, off_t count) noexcept {
   const off_t end = ::lseek(descriptor, 0, SEEK_CUR);
@@ -37,19 +30,6 @@ void CutBack(int descriptor, off_t count) noexcept {
   if (end >= count && ::fstat(descriptor, &status) == 0 && status.st_size == end) {
     [[maybe_unused]] const int result = ::ftruncate(descriptor, end - count);
   }
-}
-
-// A write at the process's limit of file sizes raises SIGXFSZ, which would end the process.
-ssize_t Write(int descriptor, std::string_view bytes) noexcept {
-  const bool blocked = HasSizeLimit() && BlockSignal(SIGXFSZ);
-  ssize_t written = 0;
-  do {
-    written = ::write(descriptor, bytes.data(), bytes.size());
-  } while (written < 0 && errno == EINTR);
-  if (blocked) {
-    UnblockSignal(SIGXFSZ);
-  }
-  return written;
 }
 
 // Whether a descriptor is an ordinary file's, and its size. The times of the file are left out on purpose: some file
@@ -146,7 +126,7 @@ ErrorCode AppendFile::Append(std::string_view bytes) noexcept {
     return kInvalidParameter;
   }
   const int descriptor = static_cast<int>(handle_);
-  const ssize_t written = Write(descriptor, bytes);
+  const ssize_t written = WriteToFile(descriptor, bytes.data(), bytes.size());
   if (written < 0) {
     return CodeFromErrno(errno);
   }

@@ -1,10 +1,10 @@
 #include "zelto/platform/posix/memory_message.h"
 
 #include "zelto/platform/posix/errno_codes.h"
+#include "zelto/platform/posix/file_write.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,18 +17,9 @@ constexpr int kSeals = F_SEAL_SEAL | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
 constexpr char kFileName[] = "zelto-message";
 constexpr unsigned kNotExecutable = 8;  // MFD_NOEXEC_SEAL, Linux 6.3; a system may insist on it
 
-// A write beyond the process's limit of file sizes, which holds for memory files too, would end the process.
-bool ExceedsFileLimit(std::uint32_t size) noexcept {
-  rlimit limit{};
-  return ::getrlimit(RLIMIT_FSIZE, &limit) == 0 && size > limit.rlim_cur;
-}
-
 }  // namespace
 
 ErrorCode MakeMemoryMessage(const void* data, std::uint32_t size, UniqueDescriptor& file) noexcept {
-  if (ExceedsFileLimit(size)) {
-    return CodeFromErrno(EFBIG);
-  }
   int made = ::memfd_create(kFileName, MFD_CLOEXEC | MFD_ALLOW_SEALING | kNotExecutable);
   if (made < 0 && errno == EINVAL) {
     made = ::memfd_create(kFileName, MFD_CLOEXEC | MFD_ALLOW_SEALING);
@@ -39,12 +30,11 @@ ErrorCode MakeMemoryMessage(const void* data, std::uint32_t size, UniqueDescript
   }
   const auto* bytes = static_cast<const char*>(data);
   for (std::uint32_t done = 0; done < size;) {
-    const ssize_t written = ::write(memory.Get(), bytes + done, size - done);
-    if (written > 0) {
-      done += static_cast<std::uint32_t>(written);
-    } else if (errno != EINTR) {
+    const ssize_t written = WriteToFile(memory.Get(), bytes + done, size - done);
+    if (written <= 0) {
       return CodeFromErrno(errno);
     }
+    done += static_cast<std::uint32_t>(written);
   }
   if (::fcntl(memory.Get(), F_ADD_SEALS, kSeals) != 0) {
     return CodeFromErrno(errno);
